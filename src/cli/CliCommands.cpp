@@ -1,0 +1,161 @@
+#include "CliCommands.h"
+
+#include <QFileInfo>
+
+#include "clsDIB.h"
+
+namespace CliCommands {
+
+namespace {
+
+// The program's own messages for what went wrong.
+const char* const MsgFileNotFound = "File not found";
+const char* const MsgLoadFailed = "Failed to retrieve incoming image";
+const char* const MsgSaveFailed = "Failed to save this file.";
+
+int Usage(QTextStream& Err, const QString& Why)
+{
+    Err << "tessavo-cli: " << Why << "\n" << UsageText();
+    Err.flush();
+    return ExitUsage;
+}
+
+int Fail(QTextStream& Err, const QString& Message)
+{
+    Err << Message << "\n";
+    Err.flush();
+    return ExitFailure;
+}
+
+bool ParseInt(const QString& Text, int Low, int High, int& Value)
+{
+    bool Ok = false;
+    Value = Text.toInt(&Ok);
+    return Ok && Value >= Low && Value <= High;
+}
+
+bool IsBmpName(const QString& Name)
+{
+    return Name.toUpper().endsWith(".BMP");
+}
+
+// Loads a picture file into a surface; on failure prints the message and answers false.
+bool Load(const QString& FileName, clsDIB& Dib, QTextStream& Err)
+{
+    if (!QFileInfo(FileName).isFile()) {
+        Fail(Err, MsgFileNotFound);
+        return false;
+    }
+    if (!Dib.CreateDIBFromFile(FileName, false)) {
+        Fail(Err, MsgLoadFailed);
+        return false;
+    }
+    return true;
+}
+
+// The pixel routines work on 32 bits a pixel: a surface of any depth is painted on one.
+bool To32(clsDIB& From, clsDIB& To)
+{
+    if (!To.CreateBlankDIB(From.DIBWidth(), From.DIBHeight(), 32, 0xFFFFFF, false, true))
+        return false;
+    To.PaintFromDIBtoDIB(From, To, 0, 0, From.DIBWidth(), From.DIBHeight());
+    To.setDIBhasAlpha(From.DIBhasAlpha());
+    return true;
+}
+
+int Save(clsDIB& Dib, const QString& FileName, QTextStream& Err)
+{
+    return Dib.Save_DIB_To_File(FileName, Dib) ? ExitOk : Fail(Err, MsgSaveFailed);
+}
+
+int Info(const QStringList& A, QTextStream& Out, QTextStream& Err)
+{
+    if (A.size() != 2)
+        return Usage(Err, "info takes one file");
+    clsDIB Dib;
+    if (!Load(A[1], Dib, Err))
+        return ExitFailure;
+    Out << "size: " << Dib.DIBWidth() << " x " << Dib.DIBHeight() << "\n";
+    Out << "depth: " << Dib.DIBbpp() << "\n";
+    Out << "colors: " << Dib.CountColorsDIB(Dib) << "\n";
+    Out << "actual-bpp: " << Dib.BPPperActualDIB(Dib) << "\n";
+    Out << "alpha: " << (Dib.DIBhasAlpha() ? "yes" : "no") << "\n";
+    Out.flush();
+    return ExitOk;
+}
+
+int Convert(const QStringList& A, QTextStream& Err)
+{
+    if (A.size() != 3 || !IsBmpName(A[2]))
+        return Usage(Err, "convert takes an input file and an output .bmp file");
+    clsDIB Dib;
+    if (!Load(A[1], Dib, Err))
+        return ExitFailure;
+    return Save(Dib, A[2], Err);
+}
+
+int Rotate(const QStringList& A, QTextStream& Err)
+{
+    int Mode = 0;
+    if (A.size() != 4 || !ParseInt(A[1], 0, 3, Mode) || !IsBmpName(A[3]))
+        return Usage(Err, "rotate takes a mode from 0 to 3, an input file and an output .bmp file");
+    clsDIB Dib;
+    if (!Load(A[2], Dib, Err))
+        return ExitFailure;
+    Dib.RotateDIB(Dib, static_cast<int16_t>(Mode));
+    return Save(Dib, A[3], Err);
+}
+
+int Resize(const QStringList& A, QTextStream& Err)
+{
+    int Width = 0, Height = 0;
+    if (A.size() != 5 || !ParseInt(A[1], 1, 32767, Width) || !ParseInt(A[2], 1, 32767, Height) || !IsBmpName(A[4]))
+        return Usage(Err, "resize takes a width and a height from 1 to 32767, an input file and an output .bmp file");
+    clsDIB Loaded, Source, Target;
+    if (!Load(A[3], Loaded, Err))
+        return ExitFailure;
+    if (!To32(Loaded, Source) || !Target.CreateBlankDIB(Width, Height, 32, 0xFFFFFF, false, true))
+        return Fail(Err, MsgSaveFailed);
+    Target.StretchPaintFromDIBtoDIB_Antialias_NativeDB(Source, Target);
+    return Save(Target, A[4], Err);
+}
+
+} // namespace
+
+QString UsageText()
+{
+    return QStringLiteral(
+        "Usage: tessavo-cli COMMAND ARGUMENTS\n"
+        "\n"
+        "  info FILE                  size, depth, colour count, smallest depth and alpha of a picture\n"
+        "  convert IN OUT.bmp         load a picture and write it as a 24-bit (or 32-bit with alpha) BMP\n"
+        "  rotate MODE IN OUT.bmp     0 mirror left to right, 1 top to bottom, 2 quarter turn\n"
+        "                             counter-clockwise, 3 quarter turn clockwise\n"
+        "  resize W H IN OUT.bmp      bilinear resampling to W x H pixels\n"
+        "  --help                     this text\n"
+        "\n"
+        "Exit status: 0 done, 1 the file could not be read or written, 2 wrong usage.\n");
+}
+
+int Run(const QStringList& Arguments, QTextStream& Out, QTextStream& Err)
+{
+    if (Arguments.isEmpty())
+        return Usage(Err, "no command given");
+    const QString& Command = Arguments[0];
+    if (Command == "--help" || Command == "-h" || Command == "help") {
+        Out << UsageText();
+        Out.flush();
+        return ExitOk;
+    }
+    if (Command == "info")
+        return Info(Arguments, Out, Err);
+    if (Command == "convert")
+        return Convert(Arguments, Err);
+    if (Command == "rotate")
+        return Rotate(Arguments, Err);
+    if (Command == "resize")
+        return Resize(Arguments, Err);
+    return Usage(Err, "unknown command \"" + Command + "\"");
+}
+
+} // namespace CliCommands
