@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
+#include <bit>
 #include <cstring>
 
 namespace basPicture {
@@ -50,6 +51,69 @@ void CopyRawAlpha(const QByteArray& Bytes, const BmpHeaderInfo& Info, QImage& Im
     }
 }
 
+// True when the RLE stream stays inside the picture: no run, absolute block or delta may
+// reach past the right edge or the last row, and no block past the end of the file.
+// Missing end markers are forgiven: the rest of the picture stays index 0.
+bool RleStaysInside(const QByteArray& Bytes, const BmpHeaderInfo& Info)
+{
+    const bool Four = Info.Compression == BiRle4;
+    const qsizetype End = Bytes.size();
+    qsizetype At = Info.OffBits;
+    int64_t X = 0, Y = 0;
+    while (At + 1 < End) {
+        const uint8_t Count = static_cast<uint8_t>(Bytes[At]);
+        const uint8_t Code = static_cast<uint8_t>(Bytes[At + 1]);
+        At += 2;
+        if (Count > 0) {
+            if (Y >= Info.Height || X + Count > Info.Width)
+                return false;
+            X += Count;
+            continue;
+        }
+        if (Code == 0) {
+            X = 0;
+            ++Y;
+        } else if (Code == 1) {
+            return true;
+        } else if (Code == 2) {
+            if (At + 1 >= End)
+                return false;
+            X += static_cast<uint8_t>(Bytes[At]);
+            Y += static_cast<uint8_t>(Bytes[At + 1]);
+            At += 2;
+            if (X > Info.Width || Y > Info.Height)
+                return false;
+        } else {
+            const qsizetype DataBytes = Four ? (Code + 1) / 2 : Code;
+            if (Y >= Info.Height || X + Code > Info.Width || At + DataBytes > End)
+                return false;
+            X += Code;
+            At += (DataBytes + 1) & ~qsizetype(1);
+        }
+    }
+    return true;
+}
+
+// Channel masks must be contiguous runs of one to eight bits that do not overlap, with
+// red, green and blue all present.
+bool MasksUsable(const QByteArray& Bytes, const BmpHeaderInfo& Info)
+{
+    if (Bytes.size() < 66)
+        return false;
+    const uint32_t Red = LE32(Bytes, 54), Green = LE32(Bytes, 58), Blue = LE32(Bytes, 62);
+    const uint32_t Limit = Info.BitCount == 16 ? 0xFFFF : 0xFFFFFFFF;
+    uint32_t Seen = 0;
+    for (const uint32_t Mask : {Red, Green, Blue, Info.AlphaMask}) {
+        if (Mask == 0)
+            continue;
+        const uint32_t Shifted = Mask >> std::countr_zero(Mask);
+        if ((Shifted & (Shifted + 1)) != 0 || std::popcount(Mask) > 8 || (Mask & Seen) || Mask > Limit)
+            return false;
+        Seen |= Mask;
+    }
+    return Red && Green && Blue;
+}
+
 } // namespace
 
 BmpHeaderInfo ReadBmpHeader(const QByteArray& Bytes)
@@ -82,7 +146,8 @@ BmpHeaderInfo ReadBmpHeader(const QByteArray& Bytes)
         Info.Height > MaxPictureSide)
         return Info;
     const uint16_t Bits = Info.BitCount;
-    if (Bits != 1 && Bits != 2 && Bits != 4 && Bits != 8 && Bits != 16 && Bits != 24 && Bits != 32)
+    // Two bits a pixel belongs to handheld systems only; it is not a picture depth here.
+    if (Bits != 1 && Bits != 4 && Bits != 8 && Bits != 16 && Bits != 24 && Bits != 32)
         return Info;
     const uint32_t C = Info.Compression;
     const bool Rle = (C == BiRle8 && Bits == 8) || (C == BiRle4 && Bits == 4);
@@ -113,6 +178,10 @@ BmpHeaderInfo ReadBmpHeader(const QByteArray& Bytes)
         else if (C == BiAlphaBitfields && Info.HeaderSize == 40 && Size >= 70)
             Info.AlphaMask = LE32(Bytes, 66);
     }
+    if (Fields && !MasksUsable(Bytes, Info))
+        return Info;
+    if (Rle && !RleStaysInside(Bytes, Info))
+        return Info;
     Info.Valid = true;
     return Info;
 }
@@ -121,7 +190,6 @@ int PictureDepthForBmp(const BmpHeaderInfo& Info)
 {
     switch (Info.BitCount) {
     case 1: return 1;
-    case 2:
     case 4: return 4;
     case 8: return 8;
     case 16: return Info.AlphaMask ? 32 : 24;
