@@ -141,6 +141,8 @@ bool BitBlt(DeviceContext* Target, int X, int Y, int Width, int Height, const De
 {
     if (!Target || !Source || !Target->Bits() || !Source->Bits() || !KnownRop(Rop))
         return false;
+    Target->EndPaint();
+    Source->EndPaint();
     if (!ClipAxis(X, SrcX, Width, Target->Width(), Source->Width()) ||
         !ClipAxis(Y, SrcY, Height, Target->Height(), Source->Height()))
         return true;
@@ -216,6 +218,8 @@ bool StretchBlt(DeviceContext* Target, int X, int Y, int Width, int Height, cons
 {
     if (!Target || !Source || !Target->Bits() || !Source->Bits() || !KnownRop(Rop))
         return false;
+    Target->EndPaint();
+    Source->EndPaint();
     if (Width == 0 || Height == 0 || SrcWidth == 0 || SrcHeight == 0)
         return false;
     // A negative extent runs from its origin (inclusive) towards smaller coordinates.

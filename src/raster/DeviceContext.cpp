@@ -3,6 +3,7 @@
 #include <QImage>
 #include <QPainter>
 #include <algorithm>
+#include <cstring>
 
 #include "PixelFormat.h"
 #include "basMath.h"
@@ -21,6 +22,7 @@ DeviceContext::~DeviceContext()
 
 uint32_t DeviceContext::GetPixel(int X, int Y) const
 {
+    EndPaint();
     if (X < 0 || Y < 0 || X >= W || Y >= H)
         return CLR_INVALID;
     const uint32_t Native = PixelFormat::ReadNative(Row(Y), X, Depth);
@@ -60,6 +62,7 @@ static uint32_t NativeFromColor(const DeviceContext& Context, uint32_t Color)
 
 void DeviceContext::SetPixelV(int X, int Y, uint32_t Color)
 {
+    EndPaint();
     if (X < 0 || Y < 0 || X >= W || Y >= H)
         return;
     PixelFormat::WriteNative(Row(Y), X, Depth, NativeFromColor(*this, Color));
@@ -67,6 +70,7 @@ void DeviceContext::SetPixelV(int X, int Y, uint32_t Color)
 
 void DeviceContext::FillRect(int X, int Y, int Width, int Height, uint32_t Color)
 {
+    EndPaint();
     const int Left = std::max(X, 0), Top = std::max(Y, 0);
     const int Right = std::min(X + Width, W), Bottom = std::min(Y + Height, H);
     if (Left >= Right || Top >= Bottom)
@@ -93,23 +97,37 @@ QPainter* DeviceContext::Painter()
     if (!Memory || (Depth != 24 && Depth != 32))
         return nullptr;
     const QImage::Format Format = Depth == 32 ? QImage::Format_RGB32 : QImage::Format_BGR888;
-    PaintImage = std::make_unique<QImage>(Memory, W, H, RowBytes, Format);
+    if (IsTopDown) {
+        PaintImage = std::make_unique<QImage>(Memory, W, H, RowBytes, Format);
+    } else {
+        PaintImage = std::make_unique<QImage>(W, H, Format);
+        if (PaintImage->isNull()) {
+            PaintImage.reset();
+            return nullptr;
+        }
+        const size_t Bytes = static_cast<size_t>(W) * (Depth / 8);
+        for (int Y = 0; Y < H; ++Y)
+            std::memcpy(PaintImage->scanLine(Y), Row(Y), Bytes);
+    }
     PaintPainter = std::make_unique<QPainter>(PaintImage.get());
     if (!PaintPainter->isActive()) {
         PaintPainter.reset();
         PaintImage.reset();
         return nullptr;
     }
-    // Storage row 0 of a bottom-up surface is the picture's last row.
-    if (!IsTopDown)
-        PaintPainter->setTransform(QTransform(1, 0, 0, -1, 0, H));
     return PaintPainter.get();
 }
 
-void DeviceContext::EndPaint()
+void DeviceContext::EndPaint() const
 {
-    if (PaintPainter)
-        PaintPainter->end();
+    if (!PaintPainter)
+        return;
+    PaintPainter->end();
+    if (!IsTopDown) {
+        const size_t Bytes = static_cast<size_t>(W) * (Depth / 8);
+        for (int Y = 0; Y < H; ++Y)
+            std::memcpy(Row(Y), PaintImage->constScanLine(Y), Bytes);
+    }
     PaintPainter.reset();
     PaintImage.reset();
 }

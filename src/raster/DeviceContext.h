@@ -68,11 +68,14 @@ public:
     // Lowest index of the nearest table colour by Euclidean RGB distance.
     int NearestIndex(uint32_t Color) const;
 
-    // A painter over the surface's own bytes, in image coordinates (for a bottom-up
-    // surface the painter flips y). Only 24- and 32-bit surfaces can be drawn on; for
-    // the others this is null. The painter lives until EndPaint or the context's end.
+    // A painter in image coordinates, row 0 at the top. Only 24- and 32-bit surfaces can
+    // be drawn on; for the others this is null. A top-down surface is painted in place. A
+    // bottom-up one is painted on a top-down copy that EndPaint puts back row by row: a
+    // flipping transform would mirror text and pictures and move one-pixel lines by a row.
+    // Any other use of the context (blits, GetPixel, SetPixelV, FillRect) ends the painting
+    // first; code that reads the memory directly calls EndPaint itself.
     QPainter* Painter();
-    void EndPaint();
+    void EndPaint() const;
 
 private:
     uint8_t* Memory;
@@ -80,8 +83,8 @@ private:
     bool IsTopDown;
     uint32_t* Table;
     int TableCount;
-    std::unique_ptr<QImage> PaintImage;
-    std::unique_ptr<QPainter> PaintPainter;
+    mutable std::unique_ptr<QImage> PaintImage;
+    mutable std::unique_ptr<QPainter> PaintPainter;
 };
 
 // Copies a block from one context to another in image coordinates, converting depths

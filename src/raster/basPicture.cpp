@@ -53,7 +53,8 @@ void CopyRawAlpha(const QByteArray& Bytes, const BmpHeaderInfo& Info, QImage& Im
 
 // True when the RLE stream stays inside the picture: no run, absolute block or delta may
 // reach past the right edge or the last row, and no block past the end of the file.
-// Missing end markers are forgiven: the rest of the picture stays index 0.
+// A missing end marker is forgiven (the rest of the picture stays index 0); a stream cut
+// in the middle of a command is not.
 bool RleStaysInside(const QByteArray& Bytes, const BmpHeaderInfo& Info)
 {
     const bool Four = Info.Compression == BiRle4;
@@ -91,7 +92,8 @@ bool RleStaysInside(const QByteArray& Bytes, const BmpHeaderInfo& Info)
             At += (DataBytes + 1) & ~qsizetype(1);
         }
     }
-    return true;
+    // A stream that stops in the middle of a command was cut short.
+    return At >= End;
 }
 
 // Channel masks must be contiguous runs of one to eight bits that do not overlap, with
@@ -112,6 +114,52 @@ bool MasksUsable(const QByteArray& Bytes, const BmpHeaderInfo& Info)
         Seen |= Mask;
     }
     return Red && Green && Blue;
+}
+
+// The channel masks of a 16-bit file: BI_RGB means 5-5-5.
+struct ChannelMasks {
+    uint32_t Red = 0x7C00, Green = 0x03E0, Blue = 0x001F, Alpha = 0;
+};
+
+// A channel's bits widened to a byte by scaling, so that its largest value is 255.
+inline uint8_t Widen(uint32_t Pixel, uint32_t Mask)
+{
+    if (!Mask)
+        return 0;
+    const int Shift = std::countr_zero(Mask);
+    const uint32_t Max = Mask >> Shift;
+    return static_cast<uint8_t>((((Pixel & Mask) >> Shift) * 255 + Max / 2) / Max);
+}
+
+// 16-bit pixels are widened here rather than by the toolkit, whose reader shifts the bits
+// without scaling, so that white would come out grey (248).
+QImage Decode16(const QByteArray& Bytes, const BmpHeaderInfo& Info)
+{
+    ChannelMasks M;
+    if (Info.Compression != BiRgb) {
+        M.Red = LE32(Bytes, 54);
+        M.Green = LE32(Bytes, 58);
+        M.Blue = LE32(Bytes, 62);
+        M.Alpha = Info.AlphaMask;
+    }
+    QImage Image(Info.Width, Info.Height, M.Alpha ? QImage::Format_ARGB32 : QImage::Format_BGR888);
+    if (Image.isNull())
+        return Image;
+    const qsizetype Stride = (static_cast<qsizetype>(Info.Width) * 16 + 31) / 32 * 4;
+    for (int Y = 0; Y < Info.Height; ++Y) {
+        const int FileRow = Info.TopDown ? Y : Info.Height - 1 - Y;
+        const auto* From = reinterpret_cast<const uint8_t*>(Bytes.constData() + Info.OffBits + FileRow * Stride);
+        uint8_t* To = Image.scanLine(Y);
+        for (int X = 0; X < Info.Width; ++X, From += 2) {
+            const uint32_t Pixel = From[0] | (From[1] << 8);
+            *To++ = Widen(Pixel, M.Blue);
+            *To++ = Widen(Pixel, M.Green);
+            *To++ = Widen(Pixel, M.Red);
+            if (M.Alpha)
+                *To++ = Widen(Pixel, M.Alpha);
+        }
+    }
+    return Image;
 }
 
 } // namespace
@@ -167,6 +215,9 @@ BmpHeaderInfo ReadBmpHeader(const QByteArray& Bytes)
     // Uncompressed rows must all be there.
     if (!Rle && Info.OffBits + Stride * Info.Height > Size)
         return Info;
+    // The toolkit's reader takes a full table of three-byte entries from an OS/2 1.x header.
+    if (Bits <= 8 && Info.HeaderSize == 12 && Info.OffBits < 26 + 3 * (1u << Bits))
+        return Info;
     if (Bits <= 8 && Info.HeaderSize >= 40) {
         const uint32_t Used = LE32(Bytes, 46);
         if (Used > 256 && static_cast<int64_t>(Used) * 4 > Size)
@@ -203,6 +254,13 @@ bool LoadBmpFromMemory(const QByteArray& Bytes, StdPicture& Picture)
     const BmpHeaderInfo Info = ReadBmpHeader(Bytes);
     if (!Info.Valid)
         return false;
+    if (Info.BitCount == 16) {
+        QImage Image = Decode16(Bytes, Info);
+        if (Image.isNull())
+            return false;
+        Picture = StdPicture(Image, Info.AlphaMask ? 32 : 24);
+        return true;
+    }
     QBuffer Buffer;
     Buffer.setData(Bytes);
     Buffer.open(QIODevice::ReadOnly);
