@@ -144,11 +144,15 @@ void clsDIB::CloneDIB(clsDIB& Source, clsDIB& Target, uint32_t NewBackColor, boo
         return;
     if (Source.Bpp < 9)
         Target.ColorTable = Source.ColorTable;
-    // One block of DIBSize bytes, as far as both buffers reach.
-    const int64_t SourceBytes = static_cast<int64_t>(Source.Context->Stride()) * Source.Height;
-    const int64_t TargetBytes = static_cast<int64_t>(Target.Context->Stride()) * Target.Height;
-    const int64_t Bytes = std::min({static_cast<int64_t>(Source.DIBSize()), SourceBytes, TargetBytes});
-    std::memcpy(Target.Bits, Source.Bits, static_cast<size_t>(Bytes));
+    // One block of bytes, whatever the row order asked for, so a clone of the other order
+    // is upside down. Only a surface whose memory is shallower than its clone's (a true
+    // 24-bit one) goes through a blit, which a block copy would garble. Alpha travels as
+    // raw bytes either way.
+    if (Source.StorageBpp() == Target.StorageBpp())
+        std::memcpy(Target.Bits, Source.Bits,
+                    static_cast<size_t>(Source.Context->Stride()) * static_cast<size_t>(Source.Height));
+    else
+        BitBlt(Target.Context.get(), 0, 0, Source.Width, Source.Height, Source.Context.get(), 0, 0, SRCCOPY);
 }
 
 void clsDIB::SetPaletteToDIB8BPP(const std::vector<uint8_t>& Bytes)
