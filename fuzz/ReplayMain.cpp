@@ -8,6 +8,8 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size);
+// Targets that need set-up (a GUI application, say) define this, as libFuzzer allows.
+extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int* Argc, char*** Argv);
 
 namespace {
 
@@ -23,6 +25,8 @@ int RunFile(const std::filesystem::path& File)
 
 int main(int argc, char* argv[])
 {
+    if (LLVMFuzzerInitialize)
+        LLVMFuzzerInitialize(&argc, &argv);
     int Files = 0;
     for (int I = 1; I < argc; ++I) {
         const std::filesystem::path Path(argv[I]);

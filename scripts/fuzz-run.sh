@@ -9,6 +9,7 @@ testdata=${testdata:-../shared/testdata}
 declare -A seeds=(
   [fuzz_bmp_loader]="$testdata/bmpsuite/g $testdata/bmpsuite/q $testdata/bmpsuite/b $testdata/bmp-extra"
   [fuzz_ini]="fuzz/seeds/ini"
+  [fuzz_metafile]="$testdata/wmf-emf"
 )
 status=0
 for target in "${!seeds[@]}"; do
