@@ -161,8 +161,21 @@ bool BitBlt(DeviceContext* Target, int X, int Y, int Width, int Height, const De
                         Source->Row(SrcY + Line) + static_cast<size_t>(SrcX) * (Bpp / 8), Bytes);
         return true;
     }
-    std::vector<uint32_t> Values(static_cast<size_t>(Width));
     const int SrcBpp = Source->Bpp();
+    // 32 to 24 bits, the road of every 24-bit BMP written: drop the fourth byte.
+    if (SrcBpp == 32 && Bpp == 24 && Rop == SRCCOPY) {
+        for (int Line = 0; Line < Height; ++Line) {
+            const uint8_t* From = Source->Row(SrcY + Line) + static_cast<size_t>(SrcX) * 4;
+            uint8_t* To = Target->Row(Y + Line) + static_cast<size_t>(X) * 3;
+            for (int I = 0; I < Width; ++I, From += 4, To += 3) {
+                To[0] = From[0];
+                To[1] = From[1];
+                To[2] = From[2];
+            }
+        }
+        return true;
+    }
+    std::vector<uint32_t> Values(static_cast<size_t>(Width));
     for (int Line = 0; Line < Height; ++Line) {
         const uint8_t* From = Source->Row(SrcY + Line);
         if (SrcBpp == 32 && Convert.IsRaw())

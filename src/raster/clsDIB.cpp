@@ -37,8 +37,8 @@ bool clsDIB::Allocate(int32_t NewWidth, int32_t NewHeight, int StorageBits, bool
     const int64_t Bytes = static_cast<int64_t>(StrideFor(NewWidth, StorageBits)) * NewHeight;
     if (Bytes > basPicture::MaxPictureBytes)
         return false;
-    // Zeroed memory, as a new section has; calloc hands out untouched pages lazily.
-    Bits = static_cast<uint8_t*>(std::calloc(static_cast<size_t>(Bytes), 1));
+    Memory = PixelMemory(static_cast<size_t>(Bytes));
+    Bits = Memory.Data();
     if (!Bits)
         return false;
     const int Entries = StorageBits <= 8 ? (1 << StorageBits) : 0;
@@ -50,6 +50,12 @@ bool clsDIB::Allocate(int32_t NewWidth, int32_t NewHeight, int StorageBits, bool
 
 bool clsDIB::CreateBlankDIB(int32_t NewWidth, int32_t NewHeight, int16_t BPP, uint32_t NewBackColor, bool TopDown,
                             bool Force32)
+{
+    return Create(NewWidth, NewHeight, BPP, NewBackColor, TopDown, Force32, true);
+}
+
+bool clsDIB::Create(int32_t NewWidth, int32_t NewHeight, int16_t BPP, uint32_t NewBackColor, bool TopDown,
+                    bool Force32, bool Fill)
 {
     ClearUp();
     if (!KnownDepth(BPP))
@@ -73,7 +79,7 @@ bool clsDIB::CreateBlankDIB(int32_t NewWidth, int32_t NewHeight, int16_t BPP, ui
         // Entry 1 takes the back colour, but the pixels stay index 0: a blank shallow
         // surface is black whatever the back colour says.
         ColorTable[1] = QuadFromColor(NewBackColor);
-    } else {
+    } else if (Fill) {
         Context->FillRect(0, 0, NewWidth, NewHeight, NewBackColor);
     }
     BackColor = NewBackColor;
@@ -83,13 +89,21 @@ bool clsDIB::CreateBlankDIB(int32_t NewWidth, int32_t NewHeight, int16_t BPP, ui
 void clsDIB::ClearUp()
 {
     Context.reset();
-    std::free(Bits);
+    Memory.Release();
     Bits = nullptr;
     ColorTable.clear();
     Info = BitmapInfoHeader();
     Bpp = Width = Height = Stride = 0;
     HasAlpha = false;
     BackColor = 0;
+}
+
+PixelMemory clsDIB::TakeBits()
+{
+    PixelMemory Taken = std::move(Memory);
+    Bits = nullptr;
+    ClearUp();
+    return Taken;
 }
 
 bool clsDIB::CreateDIBFromPic(const StdPicture& Picture, bool Force32)

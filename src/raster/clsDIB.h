@@ -10,6 +10,7 @@
 
 #include "Array2D.h"
 #include "DeviceContext.h"
+#include "PixelMemory.h"
 #include "StdPicture.h"
 
 class clsPal;
@@ -117,10 +118,17 @@ public:
 
 private:
     bool Allocate(int32_t NewWidth, int32_t NewHeight, int StorageBits, bool TopDown);
+    // CreateBlankDIB, optionally without painting the back colour, for callers that write
+    // every pixel at once themselves.
+    bool Create(int32_t NewWidth, int32_t NewHeight, int16_t BPP, uint32_t NewBackColor, bool TopDown, bool Force32,
+                bool Fill);
+    // Hands the pixel memory over to the caller and clears.
+    PixelMemory TakeBits();
     void Census(clsDIB& Dib, int Mode, int32_t& Result);
 
     BitmapInfoHeader Info;
     std::unique_ptr<DeviceContext> Context;
+    PixelMemory Memory;
     uint8_t* Bits = nullptr;
     std::vector<uint32_t> ColorTable;
     int32_t Bpp = 0;

@@ -1,6 +1,8 @@
 // The pixel routines. They work on 32-bit memory through row pointers, the row of storage
 // row r lying at r * width * 4; surfaces of other depths are left alone.
 #include <array>
+#include <cstdlib>
+#include <memory>
 #include <cmath>
 #include <cstring>
 
@@ -153,28 +155,39 @@ void clsDIB::RotateDIB(clsDIB& Dib, int16_t Mode)
         StretchBlt(Dib.Context.get(), 0, H - 1, W, -H, Dib.Context.get(), 0, 0, W, H, SRCCOPY);
         return;
     }
-    clsDIB Old;
-    if (!Old.CreateBlankDIB(W, H, 32, 0xFFFFFF, Dib.Context->TopDown(), true))
-        return;
-    PaintFromDIBtoDIB(Dib, Old, 0, 0, W, H);
+    // The old pixels as 32-bit memory: the surface's own when it already is, else a copy.
     const bool TopDown = Dib.Context->TopDown();
-    if (!Dib.CreateBlankDIB(H, W, 32, 0xFFFFFF, TopDown, true))
+    clsDIB Copy;
+    if (Dib.StorageBpp() != 32) {
+        if (!Copy.CreateBlankDIB(W, H, 32, 0xFFFFFF, TopDown, true))
+            return;
+        PaintFromDIBtoDIB(Dib, Copy, 0, 0, W, H);
+    }
+    const PixelMemory Old = Dib.StorageBpp() == 32 ? Dib.TakeBits() : Copy.TakeBits();
+    // Every pixel is written below, so the white back colour need not be painted first.
+    if (!Dib.Create(H, W, 32, 0xFFFFFF, TopDown, true, false))
         return;
     // Moves in picture coordinates, so that a top-down surface turns the same way as a
-    // bottom-up one; in tiles, so both surfaces are walked through the cache.
-    const DeviceContext& From = *Old.Context;
-    const DeviceContext& To = *Dib.Context;
-    constexpr int Tile = 64;
+    // bottom-up one: clockwise, new (x, y) is old (y, H - 1 - x); counter-clockwise, new
+    // (x, y) is old (W - 1 - y, x). Rows are walked in tiles that stay in the cache.
+    const auto* OldRow0 = reinterpret_cast<const uint32_t*>(Old.Data()) + (TopDown ? 0 : static_cast<ptrdiff_t>(H - 1) * W);
+    const ptrdiff_t OldStep = TopDown ? W : -static_cast<ptrdiff_t>(W);
+    auto* NewRow0 = reinterpret_cast<uint32_t*>(Dib.Bits) + (TopDown ? 0 : static_cast<ptrdiff_t>(W - 1) * H);
+    const ptrdiff_t NewStep = TopDown ? H : -static_cast<ptrdiff_t>(H);
+    constexpr int Tile = 32;
     for (int TileY = 0; TileY < W; TileY += Tile)
         for (int TileX = 0; TileX < H; TileX += Tile) {
             const int EndY = std::min(TileY + Tile, W), EndX = std::min(TileX + Tile, H);
             for (int NewY = TileY; NewY < EndY; ++NewY) {
-                uint32_t* Out = reinterpret_cast<uint32_t*>(To.Row(NewY));
-                for (int NewX = TileX; NewX < EndX; ++NewX) {
-                    // Clockwise: new (x, y) is old (y, H - 1 - x); counter-clockwise: old (W - 1 - y, x).
-                    const int OldX = Mode == 3 ? NewY : W - 1 - NewY;
-                    const int OldY = Mode == 3 ? H - 1 - NewX : NewX;
-                    std::memcpy(&Out[NewX], From.Row(OldY) + static_cast<size_t>(OldX) * 4, 4);
+                uint32_t* Out = NewRow0 + NewY * NewStep;
+                if (Mode == 3) {
+                    const uint32_t* In = OldRow0 + (H - 1) * OldStep + NewY;
+                    for (int NewX = TileX; NewX < EndX; ++NewX)
+                        Out[NewX] = In[-NewX * OldStep];
+                } else {
+                    const uint32_t* In = OldRow0 + (W - 1 - NewY);
+                    for (int NewX = TileX; NewX < EndX; ++NewX)
+                        Out[NewX] = In[NewX * OldStep];
                 }
             }
         }
