@@ -11,25 +11,22 @@ using namespace TestImages;
 
 TEST(DeviceContext, PixelsAreAddressedInImageCoordinates)
 {
-    for (bool TopDown : {false, true}) {
-        for (int Bpp : {24, 32}) {
+    for (int Bpp : {24, 32}) {
+        for (bool TopDown : {false, true}) {
             SCOPED_TRACE(testing::Message() << Bpp << " bits, top-down " << TopDown);
             RawSurface S(3, 4, Bpp, TopDown);
             S.Dc->SetPixelV(2, 0, 0x00563412);  // red 0x12, green 0x34, blue 0x56
-            const uint8_t* Row = S.Bytes.data() + (TopDown ? 0 : 3) * S.Stride + 2 * (Bpp / 8);
-            EXPECT_EQ(Row[0], 0x56);
-            EXPECT_EQ(Row[1], 0x34);
-            EXPECT_EQ(Row[2], 0x12);
-            EXPECT_EQ(S.Dc->GetPixel(2, 0), 0x00563412u);
-            EXPECT_EQ(S.Dc->GetPixel(2, 3), 0u);
             for (auto [X, Y] : {std::pair{-1, 0}, {3, 0}, {0, -1}, {0, 4}}) {
                 EXPECT_EQ(S.Dc->GetPixel(X, Y), CLR_INVALID);
                 S.Dc->SetPixelV(X, Y, 0x00FFFFFF);  // outside: nothing written
             }
-            for (size_t I = 0; I < S.Bytes.size(); ++I)
-                if (S.Bytes.data() + I < Row || S.Bytes.data() + I >= Row + Bpp / 8) {
-                    ASSERT_EQ(S.Bytes[I], 0) << "byte " << I;
-                }
+            std::vector<uint8_t> Expected(S.Bytes.size(), 0);
+            const size_t At = size_t(TopDown ? 0 : 3) * S.Stride + 2 * (Bpp / 8);
+            Expected[At] = 0x56;
+            Expected[At + 1] = 0x34;
+            Expected[At + 2] = 0x12;
+            EXPECT_EQ(S.Bytes, Expected);
+            EXPECT_EQ(S.Dc->GetPixel(2, 0), 0x00563412u);
         }
     }
 }
@@ -47,9 +44,7 @@ TEST(DeviceContext, ShallowPixelsGoThroughTheTable)
     S.Dc->SetPixelV(0, 0, 0x00EEEEEE);
     EXPECT_EQ(S.Get(0, 0), 1u);
     S.Dc->FillRect(1, 0, 2, 2, 0x00010101);
-    EXPECT_EQ(S.Get(1, 0), 0u);
-    EXPECT_EQ(S.Get(2, 1), 0u);
-    EXPECT_EQ(S.Get(3, 1), 5u);
+    EXPECT_EQ((std::vector<uint32_t>{S.Get(1, 0), S.Get(2, 1), S.Get(3, 1)}), (std::vector<uint32_t>{0, 0, 5}));
 }
 
 TEST(DeviceContext, FillRectIsClippedAndClearsAlpha)
@@ -58,18 +53,16 @@ TEST(DeviceContext, FillRectIsClippedAndClearsAlpha)
         int X, Y, W, H;
     };
     for (const Case& C : {Case{-1, -1, 3, 3}, Case{2, 1, 9, 9}, Case{0, 0, 4, 3}, Case{5, 0, 2, 2}, Case{1, 1, 0, 2}}) {
-        SCOPED_TRACE(testing::Message() << C.X << "," << C.Y << " " << C.W << "x" << C.H);
         RawSurface S(4, 3, 32, false);
-        for (int Y = 0; Y < 3; ++Y)
-            for (int X = 0; X < 4; ++X)
-                S.Set(X, Y, 0xFF000000u | uint32_t(X * 16 + Y));
+        const std::vector<uint32_t> Before = Grid(4, 3, [](int X, int Y) { return 0xFF000000u | (X * 16 + Y); });
+        for (int I = 0; I < 12; ++I)
+            S.Set(I % 4, I / 4, Before[I]);
         S.Dc->FillRect(C.X, C.Y, C.W, C.H, 0x00332211);
-        for (int Y = 0; Y < 3; ++Y)
-            for (int X = 0; X < 4; ++X) {
-                const bool Inside = X >= C.X && X < C.X + C.W && Y >= C.Y && Y < C.Y + C.H;
-                EXPECT_EQ(S.Get(X, Y), Inside ? Quad(0x33, 0x22, 0x11, 0) : 0xFF000000u | uint32_t(X * 16 + Y))
-                    << X << "," << Y;
-            }
+        EXPECT_EQ(S.Pixels(), Grid(4, 3, [&](int X, int Y) {
+                      const bool Inside = X >= C.X && X < C.X + C.W && Y >= C.Y && Y < C.Y + C.H;
+                      return Inside ? Quad(0x33, 0x22, 0x11, 0) : Before[Y * 4 + X];
+                  }))
+            << "filling " << C.X << "," << C.Y << " " << C.W << "x" << C.H;
     }
 }
 
@@ -82,19 +75,8 @@ TEST(DeviceContext, PainterDrawsImageRowZeroIntoTheLastStorageRow)
     Painter->setPen(QPen(QColor(0x12, 0x34, 0x56), 1));
     Painter->drawLine(0, 0, 4, 0);
     S.Dc->EndPaint();
-    for (int R = 0; R < 4; ++R)
-        for (int X = 0; X < 5; ++X) {
-            const uint8_t* P = S.Bytes.data() + R * S.Stride + X * 4;
-            if (R == 3) {
-                EXPECT_EQ(P[0], 0x56) << "column " << X;  // blue
-                EXPECT_EQ(P[1], 0x34);
-                EXPECT_EQ(P[2], 0x12);  // red
-            } else {
-                EXPECT_EQ(P[0] | P[1] | P[2], 0) << "storage row " << R << ", column " << X;
-            }
-        }
-
-    // Shallow surfaces have no painter.
+    // Image row 0 is the last row in memory.
+    EXPECT_EQ(S.Pixels(0x00FFFFFF), Grid(5, 4, [](int, int Y) { return Y == 0 ? Quad(0x56, 0x34, 0x12) : 0u; }));
     RawSurface Eight(4, 4, 8, false);
-    EXPECT_EQ(Eight.Dc->Painter(), nullptr);
+    EXPECT_EQ(Eight.Dc->Painter(), nullptr);  // shallow surfaces have no painter
 }

@@ -1,10 +1,5 @@
 #include "TestImages.h"
 
-#include <QFile>
-#include <QProcess>
-#include <QStandardPaths>
-#include <cstring>
-
 namespace TestImages {
 
 std::string SafeTestName(const QString& Text)
@@ -15,54 +10,16 @@ std::string SafeTestName(const QString& Text)
     return Out;
 }
 
-QString TestData(const QString& Relative)
+QByteArray BmpFile(int Width, int Height, int Bits, const QByteArray& Table, const QByteArray& Rows)
 {
-    return QStringLiteral(TESSAVO_TESTDATA) + QLatin1Char('/') + Relative;
-}
-
-QByteArray ReadBytes(const QString& Path)
-{
-    QFile File(Path);
-    if (!File.open(QIODevice::ReadOnly))
-        return {};
-    return File.readAll();
-}
-
-bool WriteBytes(const QString& Path, const QByteArray& Bytes)
-{
-    QFile File(Path);
-    if (!File.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    return File.write(Bytes) == Bytes.size();
-}
-
-uint16_t Le16(const QByteArray& Bytes, int Offset)
-{
-    const auto* P = reinterpret_cast<const uint8_t*>(Bytes.constData()) + Offset;
-    return uint16_t(P[0] | (P[1] << 8));
-}
-
-uint32_t Le32(const QByteArray& Bytes, int Offset)
-{
-    const auto* P = reinterpret_cast<const uint8_t*>(Bytes.constData()) + Offset;
-    return uint32_t(P[0]) | (uint32_t(P[1]) << 8) | (uint32_t(P[2]) << 16) | (uint32_t(P[3]) << 24);
-}
-
-void PutLe16(QByteArray& Bytes, uint16_t Value)
-{
-    Bytes.append(char(Value & 255));
-    Bytes.append(char(Value >> 8));
-}
-
-void PutLe32(QByteArray& Bytes, uint32_t Value)
-{
-    for (int I = 0; I < 4; ++I)
-        Bytes.append(char((Value >> (8 * I)) & 255));
-}
-
-int32_t StrideOf(int32_t Width, int Bits)
-{
-    return (Width * Bits + 31) / 32 * 4;
+    QByteArray F("BM");
+    // bfSize, the two reserved words, bfOffBits, biSize, the sides, then planes 1 and the bit count.
+    for (uint32_t V : {uint32_t(40 + Table.size() + Rows.size()), 0u, uint32_t(54 + Table.size()), 40u,
+                       uint32_t(Width), uint32_t(Height), 1u | (uint32_t(Bits) << 16)})
+        for (int I = 0; I < 4; ++I)
+            F.append(char(V >> (8 * I)));
+    // Compression, image size, resolutions, colours used and important: all zero.
+    return F + QByteArray(24, '\0') + Table + Rows;
 }
 
 std::vector<uint32_t> RandomWords(size_t Count, uint32_t Seed)
@@ -70,8 +27,7 @@ std::vector<uint32_t> RandomWords(size_t Count, uint32_t Seed)
     std::vector<uint32_t> Out(Count);
     uint32_t S = Seed * 2654435761u + 12345u;
     for (auto& W : Out) {
-        // xorshift32: enough spread for test pictures, the same on every machine.
-        S ^= S << 13;
+        S ^= S << 13;  // xorshift32
         S ^= S >> 17;
         S ^= S << 5;
         W = S;
@@ -79,56 +35,13 @@ std::vector<uint32_t> RandomWords(size_t Count, uint32_t Seed)
     return Out;
 }
 
-uint8_t* StorageRow(const clsDIB& Dib, int Row)
+std::vector<uint32_t> Grid(int Width, int Height, const std::function<uint32_t(int X, int Y)>& At)
 {
-    return Dib.DIBBitsPtr() + static_cast<size_t>(Row) * StrideOf(Dib.DIBWidth(), Dib.Header().biBitCount);
-}
-
-int StorageRowOfImageRow(const clsDIB& Dib, int Y)
-{
-    return Dib.Header().biHeight < 0 ? Y : Dib.DIBHeight() - 1 - Y;
-}
-
-uint32_t GetQuad(const clsDIB& Dib, int X, int Row)
-{
-    uint32_t V;
-    std::memcpy(&V, StorageRow(Dib, Row) + X * 4, 4);
-    return V;
-}
-
-void SetQuad(clsDIB& Dib, int X, int Row, uint32_t Value)
-{
-    std::memcpy(StorageRow(Dib, Row) + X * 4, &Value, 4);
-}
-
-std::vector<uint32_t> TableColors(const clsDIB& Dib)
-{
-    std::vector<uint8_t> Bytes;
-    const int Count = Dib.GetPaletteFromDIB8BPP(Bytes);
     std::vector<uint32_t> Out;
-    for (int I = 0; I < Count && (I * 4 + 3) < int(Bytes.size()); ++I)
-        Out.push_back(uint32_t(Bytes[I * 4 + 2]) | (uint32_t(Bytes[I * 4 + 1]) << 8) |
-                      (uint32_t(Bytes[I * 4]) << 16));
+    for (int Y = 0; Y < Height; ++Y)
+        for (int X = 0; X < Width; ++X)
+            Out.push_back(At(X, Y));
     return Out;
-}
-
-uint32_t StoredColor(const clsDIB& Dib, int X, int Row)
-{
-    const uint8_t* P = StorageRow(Dib, Row);
-    const int Bits = Dib.Header().biBitCount;
-    if (Bits == 32)
-        return ColorOfQuad(GetQuad(Dib, X, Row));
-    if (Bits == 24)
-        return uint32_t(P[X * 3 + 2]) | (uint32_t(P[X * 3 + 1]) << 8) | (uint32_t(P[X * 3]) << 16);
-    int Index = 0;
-    if (Bits == 8)
-        Index = P[X];
-    else if (Bits == 4)
-        Index = (X % 2) ? (P[X / 2] & 15) : (P[X / 2] >> 4);
-    else if (Bits == 1)
-        Index = (P[X / 8] >> (7 - X % 8)) & 1;
-    const std::vector<uint32_t> Table = TableColors(Dib);
-    return Index < int(Table.size()) ? Table[Index] : 0xFFFFFFFFu;
 }
 
 void MakeDIB32(clsDIB& Dib, int Width, int Height, const std::vector<uint32_t>& Quads, bool TopDown)
@@ -136,30 +49,19 @@ void MakeDIB32(clsDIB& Dib, int Width, int Height, const std::vector<uint32_t>& 
     Dib.CreateBlankDIB(Width, Height, 32, 0, TopDown, true);
     for (int Y = 0; Y < Height; ++Y)
         for (int X = 0; X < Width; ++X)
-            SetQuad(Dib, X, StorageRowOfImageRow(Dib, Y), Quads[size_t(Y) * Width + X]);
+            SetQuad(Dib, X, TopDown ? Y : Height - 1 - Y, Quads[size_t(Y) * Width + X]);
 }
 
 std::vector<uint32_t> ImageQuads(const clsDIB& Dib)
 {
-    std::vector<uint32_t> Out;
-    for (int Y = 0; Y < Dib.DIBHeight(); ++Y)
-        for (int X = 0; X < Dib.DIBWidth(); ++X)
-            Out.push_back(GetQuad(Dib, X, StorageRowOfImageRow(Dib, Y)));
-    return Out;
-}
-
-std::vector<uint32_t> StorageQuads(const clsDIB& Dib)
-{
-    std::vector<uint32_t> Out;
-    for (int R = 0; R < Dib.DIBHeight(); ++R)
-        for (int X = 0; X < Dib.DIBWidth(); ++X)
-            Out.push_back(GetQuad(Dib, X, R));
-    return Out;
+    const int H = Dib.DIBHeight();
+    const bool TopDown = Dib.Header().biHeight < 0;
+    return Grid(Dib.DIBWidth(), H, [&](int X, int Y) { return GetQuad(Dib, X, TopDown ? Y : H - 1 - Y); });
 }
 
 RawSurface::RawSurface(int Width, int Height, int Depth, bool IsTopDown, std::vector<uint32_t> Colors)
     : W(Width), H(Height), Bpp(Depth), TopDown(IsTopDown), Stride(StrideOf(Width, Depth)),
-      Bytes(size_t(StrideOf(Width, Depth)) * Height), Table(std::move(Colors))
+      Bytes(size_t(Stride) * Height), Table(std::move(Colors))
 {
     if (Bpp <= 8)
         Table.resize(size_t(1) << Bpp, 0);
@@ -167,46 +69,25 @@ RawSurface::RawSurface(int Width, int Height, int Depth, bool IsTopDown, std::ve
                                          Table.empty() ? nullptr : Table.data(), int(Table.size()));
 }
 
-uint8_t* RawSurface::RowPtr(int Y)
-{
-    return Bytes.data() + size_t(TopDown ? Y : H - 1 - Y) * Stride;
-}
-
 uint32_t RawSurface::Get(int X, int Y)
 {
     const uint8_t* P = RowPtr(Y);
-    switch (Bpp) {
-    case 1: return (P[X / 8] >> (7 - X % 8)) & 1;
-    case 4: return (X % 2) ? (P[X / 2] & 15) : (P[X / 2] >> 4);
-    case 8: return P[X];
-    case 24: return uint32_t(P[X * 3]) | (uint32_t(P[X * 3 + 1]) << 8) | (uint32_t(P[X * 3 + 2]) << 16);
-    default: {
-        uint32_t V;
-        std::memcpy(&V, P + X * 4, 4);
-        return V;
-    }
-    }
+    if (Bpp < 8)  // the leftmost pixel in the high bits
+        return (P[X * Bpp / 8] >> (8 - Bpp - X * Bpp % 8)) & ((1u << Bpp) - 1);
+    uint32_t V = 0;
+    std::memcpy(&V, P + X * Bpp / 8, size_t(Bpp / 8));
+    return V;
 }
 
 void RawSurface::Set(int X, int Y, uint32_t Value)
 {
     uint8_t* P = RowPtr(Y);
-    switch (Bpp) {
-    case 1: {
-        const uint8_t Bit = uint8_t(0x80 >> (X % 8));
-        P[X / 8] = uint8_t((Value & 1) ? (P[X / 8] | Bit) : (P[X / 8] & ~Bit));
-        break;
-    }
-    case 4:
-        P[X / 2] = uint8_t((X % 2) ? ((P[X / 2] & 0xF0) | (Value & 15)) : ((P[X / 2] & 0x0F) | ((Value & 15) << 4)));
-        break;
-    case 8: P[X] = uint8_t(Value); break;
-    case 24:
-        P[X * 3] = uint8_t(Value);
-        P[X * 3 + 1] = uint8_t(Value >> 8);
-        P[X * 3 + 2] = uint8_t(Value >> 16);
-        break;
-    default: std::memcpy(P + X * 4, &Value, 4); break;
+    if (Bpp < 8) {
+        const int Shift = 8 - Bpp - X * Bpp % 8;
+        const uint32_t Mask = ((1u << Bpp) - 1) << Shift;
+        P[X * Bpp / 8] = uint8_t((P[X * Bpp / 8] & ~Mask) | ((Value << Shift) & Mask));
+    } else {
+        std::memcpy(P + X * Bpp / 8, &Value, size_t(Bpp / 8));
     }
 }
 
@@ -221,43 +102,30 @@ const std::vector<SuiteFile> BmpSuiteGood = {
     {"rgb32bf", "rgb24", 32},
 };
 
-QImage LoadReference(const QString& Path)
+std::string ReferenceDifferences(const char* Reference, int Width, int Height,
+                                 const std::function<QRgb(int, int)>& PixelAt, bool WithAlpha)
 {
-    QImage Image(Path);
-    return Image.isNull() ? Image : Image.convertToFormat(QImage::Format_ARGB32);
-}
-
-bool MagickRgba(const QString& Path, int& Width, int& Height, QByteArray& Rgba, QString& Error)
-{
-    const QString Convert = QStandardPaths::findExecutable(QStringLiteral("convert"));
-    if (Convert.isEmpty()) {
-        Error = QStringLiteral("ImageMagick's convert is not installed");
-        return false;
-    }
-    QProcess Process;
-    // The size first, then the pixels: "WIDTH HEIGHT\n" followed by raw RGBA.
-    Process.start(Convert, {Path + QStringLiteral("[0]"), QStringLiteral("-depth"), QStringLiteral("8"),
-                            QStringLiteral("-format"), QStringLiteral("%w %h\n"), QStringLiteral("-write"),
-                            QStringLiteral("info:-"), QStringLiteral("rgba:-")});
-    if (!Process.waitForFinished(20000)) {
-        Error = QStringLiteral("convert did not finish");
-        return false;
-    }
-    const QByteArray Out = Process.readAllStandardOutput();
-    const int Newline = Out.indexOf('\n');
-    const QList<QByteArray> Size = Out.left(Newline).split(' ');
-    if (Newline < 0 || Size.size() != 2) {
-        Error = QString::fromLocal8Bit(Process.readAllStandardError());
-        return false;
-    }
-    Width = Size[0].toInt();
-    Height = Size[1].toInt();
-    Rgba = Out.mid(Newline + 1);
-    if (Rgba.size() != qsizetype(Width) * Height * 4) {
-        Error = QStringLiteral("convert gave %1 bytes").arg(Rgba.size());
-        return false;
-    }
-    return true;
+    const QImage Image =
+        QImage(TestData(QStringLiteral("bmpsuite/html/%1.png").arg(Reference))).convertToFormat(QImage::Format_ARGB32);
+    if (Image.isNull() || Image.width() != Width || Image.height() != Height)
+        return "no rendering of that size";
+    int Count = 0;
+    std::string First;
+    for (int Y = 0; Y < Height; ++Y)
+        for (int X = 0; X < Width; ++X) {
+            const QRgb A = PixelAt(X, Y), R = Image.pixel(X, Y);
+            const bool SameColor = (A & 0xFFFFFF) == (R & 0xFFFFFF);
+            if (WithAlpha ? qAlpha(A) == qAlpha(R) && (qAlpha(R) == 0 || SameColor) : SameColor)
+                continue;
+            if (Count++ == 0)
+                First = QStringLiteral("first at %1,%2: %3 instead of %4")
+                            .arg(X)
+                            .arg(Y)
+                            .arg(A, 8, 16, QLatin1Char('0'))
+                            .arg(R, 8, 16, QLatin1Char('0'))
+                            .toStdString();
+        }
+    return Count ? std::to_string(Count) + " pixels differ, " + First : std::string();
 }
 
 } // namespace TestImages

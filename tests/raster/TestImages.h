@@ -1,11 +1,13 @@
 #pragma once
-// What the raster tests share: surfaces of known pixels, raw access to a surface's
-// memory by storage row, file bytes and little-endian fields, and the reference decoders
-// (the toolkit's PNG reader and ImageMagick) that the loader is checked against.
+// What the raster tests share: surfaces of known pixels, raw access to a surface's memory by
+// storage row, file bytes, and the reference renderings the loader is checked against.
 #include <QByteArray>
+#include <QFile>
 #include <QImage>
 #include <QString>
 #include <cstdint>
+#include <cstring>
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -16,21 +18,22 @@
 
 namespace TestImages {
 
-// A name fit for a parameterised test: letters and digits, the rest as underscores.
-std::string SafeTestName(const QString& Text);
-
-// A path inside the public test suites.
-QString TestData(const QString& Relative);
-QByteArray ReadBytes(const QString& Path);
-bool WriteBytes(const QString& Path, const QByteArray& Bytes);
-
-uint16_t Le16(const QByteArray& Bytes, int Offset);
-uint32_t Le32(const QByteArray& Bytes, int Offset);
-void PutLe16(QByteArray& Bytes, uint16_t Value);
-void PutLe32(QByteArray& Bytes, uint32_t Value);
-
+std::string SafeTestName(const QString& Text);  // letters and digits, the rest as underscores
+inline QString TestData(const QString& Relative) { return QStringLiteral(TESSAVO_TESTDATA "/") + Relative; }
+inline QByteArray ReadBytes(const QString& Path)
+{
+    QFile File(Path);
+    return File.open(QIODevice::ReadOnly) ? File.readAll() : QByteArray();
+}
+inline bool WriteBytes(const QString& Path, const QByteArray& Bytes)
+{
+    QFile File(Path);
+    return File.open(QIODevice::WriteOnly | QIODevice::Truncate) && File.write(Bytes) == Bytes.size();
+}
 // Row size of a packed DIB row, written out here rather than taken from the code.
-int32_t StrideOf(int32_t Width, int Bits);
+inline int32_t StrideOf(int32_t Width, int Bits) { return (Width * Bits + 31) / 32 * 4; }
+// A BMP file as the writers lay it out; bfSize leaves out the 14 bytes of the file header.
+QByteArray BmpFile(int Width, int Height, int Bits, const QByteArray& Table, const QByteArray& Rows);
 
 // A 32-bit pixel as the little-endian word of its bytes blue, green, red, alpha.
 inline uint32_t Quad(uint8_t B, uint8_t G, uint8_t R, uint8_t A = 0)
@@ -41,33 +44,49 @@ inline uint8_t QB(uint32_t Q) { return uint8_t(Q); }
 inline uint8_t QG(uint32_t Q) { return uint8_t(Q >> 8); }
 inline uint8_t QR(uint32_t Q) { return uint8_t(Q >> 16); }
 inline uint8_t QA(uint32_t Q) { return uint8_t(Q >> 24); }
-// Colour value 0x00BBGGRR of a quad, alpha dropped, and back.
-inline uint32_t ColorOfQuad(uint32_t Q) { return uint32_t(QR(Q)) | (uint32_t(QG(Q)) << 8) | (uint32_t(QB(Q)) << 16); }
-inline uint32_t QuadOfColor(uint32_t C, uint8_t A = 0)
+// Colour value 0x00BBGGRR of a quad or a QRgb, alpha dropped, and back.
+inline uint32_t ColorOfQuad(uint32_t Q) { return QR(Q) | (uint32_t(QG(Q)) << 8) | (uint32_t(QB(Q)) << 16); }
+inline uint32_t QuadOfColor(uint32_t C, uint8_t A = 0) { return Quad(QR(C), QG(C), QB(C), A); }
+inline uint32_t ColorOfRgb(QRgb Rgb) { return ColorOfQuad(Rgb); }
+inline QRgb RgbOfColor(uint32_t C) { return qRgb(int(C & 255), int((C >> 8) & 255), int((C >> 16) & 255)); }
+
+std::vector<uint32_t> RandomWords(size_t Count, uint32_t Seed);  // the same on every machine
+// The value a rule gives for each pixel of a Width by Height picture, row by row.
+std::vector<uint32_t> Grid(int Width, int Height, const std::function<uint32_t(int X, int Y)>& At);
+// The colours of a context in image order.
+inline std::vector<uint32_t> Colors(const DeviceContext* Dc)
 {
-    return Quad(uint8_t(C >> 16), uint8_t(C >> 8), uint8_t(C), A);
+    return Grid(Dc->Width(), Dc->Height(), [Dc](int X, int Y) { return Dc->GetPixel(X, Y); });
 }
-inline uint32_t ColorOfRgb(QRgb Rgb) { return uint32_t(qRed(Rgb)) | (uint32_t(qGreen(Rgb)) << 8) | (uint32_t(qBlue(Rgb)) << 16); }
+// A surface's bookkeeping in one list: width, height, bpp, storage bpp, stride, size, biHeight, alpha flag.
+inline std::vector<int64_t> Shape(const clsDIB& Dib)
+{
+    return {Dib.DIBWidth(),         Dib.DIBHeight(), Dib.DIBbpp(),          Dib.StorageBpp(),
+            Dib.BytesPerScanline(), Dib.DIBSize(),   Dib.Header().biHeight, Dib.DIBhasAlpha()};
+}
 
-// Deterministic pseudo-random words.
-std::vector<uint32_t> RandomWords(size_t Count, uint32_t Seed);
-
-// Raw memory of a surface, by storage row; the stride follows the depth of the memory.
-uint8_t* StorageRow(const clsDIB& Dib, int Row);
-int StorageRowOfImageRow(const clsDIB& Dib, int Y);
-uint32_t GetQuad(const clsDIB& Dib, int X, int Row);
-void SetQuad(clsDIB& Dib, int X, int Row, uint32_t Value);
-// The colour 0x00BBGGRR at column X of a storage row, for any depth, through the table.
-uint32_t StoredColor(const clsDIB& Dib, int X, int Row);
-// The table entries of a shallow surface as colour values.
-std::vector<uint32_t> TableColors(const clsDIB& Dib);
-
+inline std::vector<uint8_t> Memory(const clsDIB& Dib)
+{
+    return std::vector<uint8_t>(Dib.DIBBitsPtr(), Dib.DIBBitsPtr() + Dib.DIBSize());
+}
+// Quads of a 32-bit surface's memory, by storage row.
+inline uint32_t GetQuad(const clsDIB& Dib, int X, int Row)
+{
+    uint32_t V;
+    std::memcpy(&V, Dib.DIBBitsPtr() + (size_t(Row) * Dib.DIBWidth() + X) * 4, 4);
+    return V;
+}
+inline void SetQuad(clsDIB& Dib, int X, int Row, uint32_t V)
+{
+    std::memcpy(Dib.DIBBitsPtr() + (size_t(Row) * Dib.DIBWidth() + X) * 4, &V, 4);
+}
 // A 32-bit surface whose image pixel (x, y) is Quads[y * Width + x].
 void MakeDIB32(clsDIB& Dib, int Width, int Height, const std::vector<uint32_t>& Quads, bool TopDown = false);
-// The quads of a 32-bit surface in image order (row 0 at the top).
-std::vector<uint32_t> ImageQuads(const clsDIB& Dib);
-// The quads of a 32-bit surface in storage order.
-std::vector<uint32_t> StorageQuads(const clsDIB& Dib);
+std::vector<uint32_t> ImageQuads(const clsDIB& Dib);  // row 0 at the top
+inline std::vector<uint32_t> StorageQuads(const clsDIB& Dib)
+{
+    return Grid(Dib.DIBWidth(), Dib.DIBHeight(), [&](int X, int R) { return GetQuad(Dib, X, R); });
+}
 
 // Pixel memory owned by a test, with a device context over it.
 struct RawSurface {
@@ -79,9 +98,13 @@ struct RawSurface {
     std::vector<uint32_t> Table;  // quads 0x00RRGGBB
     std::unique_ptr<DeviceContext> Dc;
 
-    uint8_t* RowPtr(int Y);  // image row
-    uint32_t Get(int X, int Y);  // index for depths to 8, quad for 32
+    uint8_t* RowPtr(int Y) { return Bytes.data() + size_t(TopDown ? Y : H - 1 - Y) * Stride; }
+    uint32_t Get(int X, int Y);  // index for depths to 8, the stored bytes for 24 and 32
     void Set(int X, int Y, uint32_t Value);
+    std::vector<uint32_t> Pixels(uint32_t Mask = 0xFFFFFFFFu)
+    {
+        return Grid(W, H, [&](int X, int Y) { return Get(X, Y) & Mask; });
+    }
 };
 
 // The good files of the BMP suite: the suite's reference rendering of each and the depth
@@ -94,9 +117,10 @@ struct SuiteFile {
 extern const std::vector<SuiteFile> BmpSuiteGood;
 inline void PrintTo(const SuiteFile& File, std::ostream* Out) { *Out << File.Name; }
 
-// Reference decoders, kept apart from the loader under test.
-QImage LoadReference(const QString& Path);  // the toolkit's PNG reader, as ARGB32
-// ImageMagick's decoding as 8-bit red, green, blue, alpha, row 0 at the top.
-bool MagickRgba(const QString& Path, int& Width, int& Height, QByteArray& Rgba, QString& Error);
+// "" when PixelAt(x, y) has the colour of every pixel of the suite's rendering Reference (and,
+// WithAlpha, its alpha: pixels the rendering shows fully transparent are then compared by alpha
+// only); else the count and the first difference.
+std::string ReferenceDifferences(const char* Reference, int Width, int Height,
+                                 const std::function<QRgb(int, int)>& PixelAt, bool WithAlpha = false);
 
 } // namespace TestImages

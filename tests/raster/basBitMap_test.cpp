@@ -12,11 +12,6 @@ using namespace TestImages;
 
 namespace {
 
-uint32_t QuadRgb(uint32_t R, uint32_t G, uint32_t B)
-{
-    return (R << 16) | (G << 8) | B;  // a table entry read as one word
-}
-
 std::vector<uint8_t> Bytes(size_t Count, uint32_t Seed)
 {
     std::vector<uint8_t> Out;
@@ -25,42 +20,36 @@ std::vector<uint8_t> Bytes(size_t Count, uint32_t Seed)
     return Out;
 }
 
-uint8_t Widen5(uint32_t V)
+// Red, green, blue triples as table entries read as one word each.
+std::vector<uint32_t> Entries(const std::vector<uint8_t>& Rgb)
 {
-    return uint8_t((V << 3) | (V >> 2));
+    std::vector<uint32_t> Out;
+    for (size_t I = 0; I + 2 < Rgb.size(); I += 3)
+        Out.push_back((uint32_t(Rgb[I]) << 16) | (uint32_t(Rgb[I + 1]) << 8) | Rgb[I + 2]);
+    return Out;
+}
+
+std::vector<uint32_t> Table(int Bpp, size_t Count)
+{
+    const std::vector<uint32_t>& T = basBitMap::ColorTable(Bpp);
+    return std::vector<uint32_t>(T.begin(), T.begin() + std::min(Count, T.size()));
 }
 
 } // namespace
 
-TEST(basBitMap, SetPalette2FromRGBTakesSixBytesOnly)
-{
-    basBitMap::SetPalette2FromRGB({1, 2, 3, 4, 5, 6});
-    const std::vector<uint32_t>& Table = basBitMap::ColorTable(1);
-    ASSERT_GE(Table.size(), 2u);
-    EXPECT_EQ(Table[0], QuadRgb(1, 2, 3));
-    EXPECT_EQ(Table[1], QuadRgb(4, 5, 6));
-    for (size_t Length : {0, 3, 5, 7, 9, 12}) {
-        basBitMap::SetPalette2FromRGB(std::vector<uint8_t>(Length, 0xEE));
-        EXPECT_EQ(basBitMap::ColorTable(1)[0], QuadRgb(1, 2, 3)) << Length << " bytes";
-        EXPECT_EQ(basBitMap::ColorTable(1)[1], QuadRgb(4, 5, 6)) << Length << " bytes";
-    }
-}
-
-TEST(basBitMap, SetPalette16And256FromRGBFillTheirTables)
+TEST(basBitMap, PaletteRoutinesFillTheirTables)
 {
     const std::vector<uint8_t> Rgb16 = Bytes(48, 1), Rgb256 = Bytes(768, 2);
+    basBitMap::SetPalette2FromRGB({1, 2, 3, 4, 5, 6});
+    for (size_t Length : {0, 3, 5, 7, 12})
+        basBitMap::SetPalette2FromRGB(std::vector<uint8_t>(Length, 0xEE));  // six bytes or nothing
     basBitMap::SetPalette16FromRGB(Rgb16);
     basBitMap::SetPalette256FromRGB(Rgb256);
-    ASSERT_GE(basBitMap::ColorTable(4).size(), 16u);
-    ASSERT_GE(basBitMap::ColorTable(8).size(), 256u);
-    for (int I = 0; I < 16; ++I)
-        EXPECT_EQ(basBitMap::ColorTable(4)[I], QuadRgb(Rgb16[I * 3], Rgb16[I * 3 + 1], Rgb16[I * 3 + 2])) << I;
-    for (int I = 0; I < 256; ++I)
-        EXPECT_EQ(basBitMap::ColorTable(8)[I], QuadRgb(Rgb256[I * 3], Rgb256[I * 3 + 1], Rgb256[I * 3 + 2])) << I;
-    // A shorter list sets the entries it has.
-    basBitMap::SetPalette16FromRGB({9, 8, 7, 6, 5, 4});
-    EXPECT_EQ(basBitMap::ColorTable(4)[0], QuadRgb(9, 8, 7));
-    EXPECT_EQ(basBitMap::ColorTable(4)[1], QuadRgb(6, 5, 4));
+    EXPECT_EQ(Table(1, 2), Entries({1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(Table(4, 16), Entries(Rgb16));
+    EXPECT_EQ(Table(8, 256), Entries(Rgb256));
+    basBitMap::SetPalette16FromRGB({9, 8, 7, 6, 5, 4});  // a shorter list sets the entries it has
+    EXPECT_EQ(Table(4, 2), Entries({9, 8, 7, 6, 5, 4}));
 }
 
 TEST(basBitMap, BitmapsFromRowsPaintOntoASurface)
@@ -69,6 +58,7 @@ TEST(basBitMap, BitmapsFromRowsPaintOntoASurface)
     basBitMap::SetPalette2FromRGB({10, 20, 30, 200, 210, 220});
     basBitMap::SetPalette16FromRGB(Bytes(48, 3));
     basBitMap::SetPalette256FromRGB(Bytes(768, 4));
+    const auto Widen5 = [](uint32_t V) { return uint8_t((V << 3) | (V >> 2)); };
     for (int Bpp : {1, 4, 8, 16, 24, 32}) {
         for (bool TopDown : {false, true}) {
             SCOPED_TRACE(testing::Message() << Bpp << " bits, top-down " << TopDown);
@@ -91,30 +81,23 @@ TEST(basBitMap, BitmapsFromRowsPaintOntoASurface)
             clsDIB Dib;
             ASSERT_TRUE(Dib.CreateBlankDIB(W + 2, H + 2, 32, 0x00808080, false));
             basBitMap::PaintBitmapToDC(Dib.DIBhDC(), W, H, 1, 1);
-            for (int Y = 0; Y < H + 2; ++Y)
-                for (int X = 0; X < W + 2; ++X) {
-                    uint32_t Expected = 0x00808080;
-                    if (X >= 1 && X <= W && Y >= 1 && Y <= H) {
-                        const int PX = X - 1, PY = Y - 1;
-                        const uint8_t* Row = Rows.data() + (TopDown ? PY : H - 1 - PY) * Stride;
-                        uint32_t Q = 0;
-                        if (Bpp == 1)
-                            Q = basBitMap::ColorTable(1)[(Row[PX / 8] >> (7 - PX % 8)) & 1];
-                        else if (Bpp == 4)
-                            Q = basBitMap::ColorTable(4)[PX % 2 ? Row[PX / 2] & 15 : Row[PX / 2] >> 4];
-                        else if (Bpp == 8)
-                            Q = basBitMap::ColorTable(8)[Row[PX]];
-                        else if (Bpp == 16) {
-                            const uint32_t V = Row[PX * 2] | (Row[PX * 2 + 1] << 8);
-                            Q = Quad(Widen5(V & 31), Widen5((V >> 5) & 31), Widen5((V >> 10) & 31));
-                        } else {
-                            const int Step = Bpp / 8;
-                            Q = Quad(Row[PX * Step], Row[PX * Step + 1], Row[PX * Step + 2]);
-                        }
-                        Expected = ColorOfQuad(Q);
-                    }
-                    ASSERT_EQ(Dib.DIBhDC()->GetPixel(X, Y), Expected) << X << "," << Y;
-                }
+            EXPECT_EQ(Colors(Dib.DIBhDC()), Grid(W + 2, H + 2, [&](int X, int Y) {
+                          const int PX = X - 1, PY = Y - 1;
+                          if (PX < 0 || PX >= W || PY < 0 || PY >= H)
+                              return 0x00808080u;
+                          const uint8_t* Row = Rows.data() + (TopDown ? PY : H - 1 - PY) * Stride;
+                          if (Bpp <= 8) {
+                              const int Index = Bpp == 1   ? (Row[PX / 8] >> (7 - PX % 8)) & 1
+                                                : Bpp == 4 ? (PX % 2 ? Row[PX / 2] & 15 : Row[PX / 2] >> 4)
+                                                           : Row[PX];
+                              return ColorOfQuad(basBitMap::ColorTable(Bpp)[Index]);
+                          }
+                          if (Bpp == 16) {
+                              const uint32_t V = Row[PX * 2] | (Row[PX * 2 + 1] << 8);
+                              return ColorOfQuad(Quad(Widen5(V & 31), Widen5((V >> 5) & 31), Widen5((V >> 10) & 31)));
+                          }
+                          return ColorOfQuad(Quad(Row[PX * Bpp / 8], Row[PX * Bpp / 8 + 1], Row[PX * Bpp / 8 + 2]));
+                      }));
         }
     }
 }
@@ -126,11 +109,9 @@ TEST(basBitMap, MissingBytesReadAsZeroAndBadSizesAreRefused)
     clsDIB Dib;
     ASSERT_TRUE(Dib.CreateBlankDIB(5, 3, 32, 0x00FFFFFF, true));
     basBitMap::PaintBitmapToDC(Dib.DIBhDC(), 5, 3, 0, 0);
-    for (int X = 0; X < 5; ++X) {
-        EXPECT_EQ(Dib.DIBhDC()->GetPixel(X, 0), ColorOfQuad(Quad(OneRow[X * 3], OneRow[X * 3 + 1], OneRow[X * 3 + 2])));
-        EXPECT_EQ(Dib.DIBhDC()->GetPixel(X, 1), 0u);
-        EXPECT_EQ(Dib.DIBhDC()->GetPixel(X, 2), 0u);
-    }
+    EXPECT_EQ(Colors(Dib.DIBhDC()), Grid(5, 3, [&](int X, int Y) {
+                  return Y ? 0u : ColorOfQuad(Quad(OneRow[X * 3], OneRow[X * 3 + 1], OneRow[X * 3 + 2]));
+              }));
     const auto Start = std::chrono::steady_clock::now();
     EXPECT_FALSE(basBitMap::BitmapFromRows8({}, 0, 3, false));
     EXPECT_FALSE(basBitMap::BitmapFromRows8({}, 3, -1, false));
@@ -148,27 +129,19 @@ TEST(basBitMap, GrayRampsForEveryPngDepth)
     for (const Case& C : {Case{1, 2, 255, 1}, Case{2, 4, 85, 4}, Case{4, 16, 17, 4}, Case{8, 256, 1, 8},
                           Case{16, 256, 1, 0}}) {
         SCOPED_TRACE(testing::Message() << "depth " << C.Depth);
-        basBitMap::SetPalette256FromRGB(std::vector<uint8_t>(768, 0x55));
-        basBitMap::SetPalette16FromRGB(std::vector<uint8_t>(48, 0x55));
-        basBitMap::SetPalette2FromRGB(std::vector<uint8_t>(6, 0x55));
-        const std::vector<uint8_t> Ramp = basBitMap::BuildGrayRamp(C.Depth, true);
-        ASSERT_EQ(Ramp.size(), size_t(C.Levels) * 3);
-        for (int I = 0; I < C.Levels; ++I) {
-            const uint8_t V = uint8_t(I * C.Step);
-            EXPECT_EQ(Ramp[I * 3], V);
-            EXPECT_EQ(Ramp[I * 3 + 1], V);
-            EXPECT_EQ(Ramp[I * 3 + 2], V);
+        std::vector<uint8_t> Expected;
+        for (int I = 0; I < C.Levels; ++I)
+            Expected.insert(Expected.end(), 3, uint8_t(I * C.Step));
+        // Without KeepTable the tables stay as they are; with it the ramp goes into the table of its depth.
+        for (bool Keep : {false, true}) {
+            basBitMap::SetPalette256FromRGB(std::vector<uint8_t>(768, 0x55));
+            basBitMap::SetPalette16FromRGB(std::vector<uint8_t>(48, 0x55));
+            basBitMap::SetPalette2FromRGB(std::vector<uint8_t>(6, 0x55));
+            EXPECT_EQ(basBitMap::BuildGrayRamp(C.Depth, Keep), Expected);
             if (C.TableBpp) {
-                EXPECT_EQ(basBitMap::ColorTable(C.TableBpp)[I], QuadRgb(V, V, V)) << "entry " << I;
+                EXPECT_EQ(Table(C.TableBpp, size_t(C.Levels)),
+                          Entries(Keep ? Expected : std::vector<uint8_t>(size_t(C.Levels) * 3, 0x55)));
             }
-        }
-        // Without KeepTable the tables stay as they are.
-        basBitMap::SetPalette256FromRGB(std::vector<uint8_t>(768, 0x66));
-        basBitMap::SetPalette16FromRGB(std::vector<uint8_t>(48, 0x66));
-        basBitMap::SetPalette2FromRGB(std::vector<uint8_t>(6, 0x66));
-        EXPECT_EQ(basBitMap::BuildGrayRamp(C.Depth, false), Ramp);
-        if (C.TableBpp) {
-            EXPECT_EQ(basBitMap::ColorTable(C.TableBpp)[1], QuadRgb(0x66, 0x66, 0x66));
         }
     }
 }

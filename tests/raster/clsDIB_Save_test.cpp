@@ -2,10 +2,8 @@
 // Save_BMP_To_File_With_PAL (1, 4, 8 and 24 bits from a palette and packed rows).
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
-#include <functional>
 
 #include "TestImages.h"
 #include "clsDIB.h"
@@ -16,82 +14,49 @@ using namespace TestImages;
 
 namespace {
 
-// The file as the writers lay it out; bfSize leaves out the 14 bytes of the file header.
-QByteArray ExpectedFile(int W, int H, int Bits, const QByteArray& Table, const QByteArray& Rows)
-{
-    QByteArray F("BM");
-    PutLe32(F, uint32_t(40 + Table.size() + Rows.size()));
-    PutLe16(F, 0);
-    PutLe16(F, 0);
-    PutLe32(F, uint32_t(54 + Table.size()));
-    PutLe32(F, 40);
-    PutLe32(F, uint32_t(W));
-    PutLe32(F, uint32_t(H));
-    PutLe16(F, 1);
-    PutLe16(F, uint16_t(Bits));
-    for (int I = 0; I < 6; ++I)
-        PutLe32(F, 0);  // compression, image size, resolutions, colours used and important
-    return F + Table + Rows;
-}
-
 // Rows of 24 or 32 bits, bottom row first, each padded with zeros to 32 bits.
 QByteArray RowsOf(int W, int H, int Bits, const std::function<uint32_t(int, int)>& QuadAt)
 {
     QByteArray Rows;
     for (int Y = H - 1; Y >= 0; --Y) {
-        QByteArray Row;
         for (int X = 0; X < W; ++X) {
             const uint32_t Q = QuadAt(X, Y);
-            Row.append(char(QB(Q)));
-            Row.append(char(QG(Q)));
-            Row.append(char(QR(Q)));
-            if (Bits == 32)
-                Row.append(char(QA(Q)));
+            Rows.append(reinterpret_cast<const char*>(&Q), Bits / 8);
         }
-        Row.append(QByteArray(StrideOf(W, Bits) - Row.size(), '\0'));
-        Rows += Row;
+        Rows.append(QByteArray(StrideOf(W, Bits) - W * Bits / 8, '\0'));
     }
     return Rows;
 }
 
+class clsDIBSave : public testing::Test {
+protected:
+    QTemporaryDir Dir;
+    QString Path = Dir.filePath(QStringLiteral("out.bmp"));
+    clsDIB Caller;
+};
+
 } // namespace
 
-TEST(clsDIBSave, SaveDIBToFileWritesTwentyFourBitsWithoutAlpha)
+TEST_F(clsDIBSave, SaveDIBToFileWritesTwentyFourBitsOrThirtyTwoWithAlpha)
 {
-    QTemporaryDir Dir;
-    const QString Path = Dir.filePath(QStringLiteral("plain.bmp"));
     ASSERT_TRUE(WriteBytes(Path, QByteArray(1000, 'x')));  // an older, longer file is replaced
-    for (bool TopDown : {false, true}) {
-        SCOPED_TRACE(testing::Message() << "top-down " << TopDown);
-        clsDIB Dib, Caller;
-        const std::vector<uint32_t> Q = RandomWords(6, 7);  // alpha bytes not zero either
+    const std::vector<uint32_t> Q = RandomWords(6, 7);  // alpha bytes not zero either
+    const auto QuadAt = [&](int X, int Y) { return Q[Y * 3 + X]; };
+    for (int Mode = 0; Mode < 3; ++Mode) {
+        const bool TopDown = Mode == 1, Alpha = Mode == 2;
+        clsDIB Dib;
         MakeDIB32(Dib, 3, 2, Q, TopDown);
+        Dib.setDIBhasAlpha(Alpha);
         ASSERT_TRUE(Caller.Save_DIB_To_File(Path, Dib));
-        const QByteArray Expected = ExpectedFile(3, 2, 24, {}, RowsOf(3, 2, 24, [&](int X, int Y) { return Q[Y * 3 + X]; }));
-        const QByteArray Actual = ReadBytes(Path);
-        EXPECT_EQ(Actual.toHex(' '), Expected.toHex(' '));
-        EXPECT_EQ(Le32(Actual, 2), uint32_t(Actual.size() - 14));
+        const int Bits = Alpha ? 32 : 24;
+        EXPECT_EQ(ReadBytes(Path).toHex(' '), BmpFile(3, 2, Bits, {}, RowsOf(3, 2, Bits, QuadAt)).toHex(' '))
+            << "top-down " << TopDown << ", alpha " << Alpha;
     }
 }
 
-TEST(clsDIBSave, SaveDIBToFileKeepsAlphaInThirtyTwoBits)
+TEST_F(clsDIBSave, SaveDIBToFileConvertsShallowSurfacesThroughTheirTable)
 {
-    QTemporaryDir Dir;
-    const QString Path = Dir.filePath(QStringLiteral("alpha.bmp"));
-    clsDIB Dib, Caller;
-    const std::vector<uint32_t> Q = RandomWords(10, 8);
-    MakeDIB32(Dib, 5, 2, Q);
-    Dib.setDIBhasAlpha(true);
-    ASSERT_TRUE(Caller.Save_DIB_To_File(Path, Dib));
-    EXPECT_EQ(ReadBytes(Path).toHex(' '),
-              ExpectedFile(5, 2, 32, {}, RowsOf(5, 2, 32, [&](int X, int Y) { return Q[Y * 5 + X]; })).toHex(' '));
-}
-
-TEST(clsDIBSave, SaveDIBToFileConvertsShallowSurfacesThroughTheirTable)
-{
-    QTemporaryDir Dir;
-    const QString Path = Dir.filePath(QStringLiteral("eight.bmp"));
-    clsDIB Dib, Caller;
+    clsDIB Dib;
     ASSERT_TRUE(Dib.CreateBlankDIB(3, 3, 8, 0, false));
     std::vector<uint8_t> Table(1024, 0);
     for (int I = 0; I < 256; ++I) {
@@ -108,14 +73,12 @@ TEST(clsDIBSave, SaveDIBToFileConvertsShallowSurfacesThroughTheirTable)
         const int I = (2 - Y) * 50 + X * 9 + 1;
         return Quad(uint8_t(I), uint8_t(255 - I), uint8_t(I * 3));
     };
-    EXPECT_EQ(ReadBytes(Path).toHex(' '), ExpectedFile(3, 3, 24, {}, RowsOf(3, 3, 24, QuadAt)).toHex(' '));
+    EXPECT_EQ(ReadBytes(Path).toHex(' '), BmpFile(3, 3, 24, {}, RowsOf(3, 3, 24, QuadAt)).toHex(' '));
 }
 
-TEST(clsDIBSave, SaveDIBToFileFailsWithoutSurfaceOrFolder)
+TEST_F(clsDIBSave, SaveDIBToFileFailsWithoutSurfaceOrFolder)
 {
-    QTemporaryDir Dir;
-    clsDIB Empty, Dib, Caller;
-    const QString Path = Dir.filePath(QStringLiteral("none.bmp"));
+    clsDIB Empty, Dib;
     EXPECT_FALSE(Caller.Save_DIB_To_File(Path, Empty));
     ASSERT_TRUE(Dib.CreateBlankDIB(2, 2, 32, 0, false));
     EXPECT_FALSE(Caller.Save_DIB_To_File(Dir.filePath(QStringLiteral("no/such/folder/x.bmp")), Dib));
@@ -123,13 +86,12 @@ TEST(clsDIBSave, SaveDIBToFileFailsWithoutSurfaceOrFolder)
     EXPECT_TRUE(QFileInfo(Dir.path()).isDir());
 }
 
-TEST(clsDIBSave, SaveBMPWithPalWritesTableAndPackedRowsAsTheyStand)
+TEST_F(clsDIBSave, SaveBMPWithPalWritesTableAndPackedRowsAsTheyStand)
 {
-    QTemporaryDir Dir;
     for (int Bpp : {1, 4, 8}) {
         SCOPED_TRACE(testing::Message() << Bpp << " bits");
         const int W = 13, H = 3;
-        clsDIB Dib, Caller;
+        clsDIB Dib;
         ASSERT_TRUE(Dib.CreateBlankDIB(W, H, 32, 0x00FFFFFF, false));
         clsPal Pal;
         Pal.CreateBlankPalette(int16_t(1 << Bpp));
@@ -138,33 +100,26 @@ TEST(clsDIBSave, SaveBMPWithPalWritesTableAndPackedRowsAsTheyStand)
             Pal.rgbR(uint8_t(I), uint8_t(I * 5 + 1));
             Pal.rgbG(uint8_t(I), uint8_t(I * 11 + 2));
             Pal.rgbB(uint8_t(I), uint8_t(I * 17 + 3));
-            Table.append(char(I * 17 + 3));
-            Table.append(char(I * 11 + 2));
-            Table.append(char(I * 5 + 1));
-            Table.append('\0');
+            const char Entry[4] = {char(I * 17 + 3), char(I * 11 + 2), char(I * 5 + 1), 0};
+            Table.append(Entry, 4);
         }
         clsPalDither Dither;
         ASSERT_NE(Dither.CreateBlankPaletteTable(W, H, uint8_t(Bpp)), nullptr);
-        const int RowSize = StrideOf(W, Bpp);
-        ASSERT_EQ(Dither.TableEntry().size(), size_t(RowSize * H));
+        const int Size = StrideOf(W, Bpp) * H;
+        ASSERT_EQ(Dither.TableEntry().size(), size_t(Size));
         QByteArray Rows;
-        for (int I = 0; I < RowSize * H; ++I) {
+        for (int I = 0; I < Size; ++I) {
             Dither.TableEntryPtr()[I] = uint8_t(I * 37 + Bpp);  // padding bytes too: written as they stand
             Rows.append(char(I * 37 + Bpp));
         }
-        const QString Path = Dir.filePath(QStringLiteral("pal%1.bmp").arg(Bpp));
         ASSERT_TRUE(Caller.Save_BMP_To_File_With_PAL(Path, Dib, Pal, Dither, int16_t(Bpp)));
-        const QByteArray Actual = ReadBytes(Path);
-        EXPECT_EQ(Actual.toHex(' '), ExpectedFile(W, H, Bpp, Table, Rows).toHex(' '));
-        EXPECT_EQ(Le32(Actual, 2), uint32_t(Actual.size() - 14));
+        EXPECT_EQ(ReadBytes(Path).toHex(' '), BmpFile(W, H, Bpp, Table, Rows).toHex(' '));
     }
 }
 
-TEST(clsDIBSave, SaveBMPWithPalAtTwentyFourBitsTakesTheSurface)
+TEST_F(clsDIBSave, SaveBMPWithPalAtTwentyFourBitsTakesTheSurface)
 {
-    QTemporaryDir Dir;
-    const QString Path = Dir.filePath(QStringLiteral("rgb.bmp"));
-    clsDIB Dib, Caller;
+    clsDIB Dib;
     const std::vector<uint32_t> Q = RandomWords(10, 9);
     MakeDIB32(Dib, 5, 2, Q);
     clsPal Pal;
@@ -172,13 +127,10 @@ TEST(clsDIBSave, SaveBMPWithPalAtTwentyFourBitsTakesTheSurface)
     clsPalDither Dither;
     ASSERT_TRUE(Caller.Save_BMP_To_File_With_PAL(Path, Dib, Pal, Dither, 24));
     EXPECT_EQ(ReadBytes(Path).toHex(' '),
-              ExpectedFile(5, 2, 24, {}, RowsOf(5, 2, 24, [&](int X, int Y) { return Q[Y * 5 + X]; })).toHex(' '));
-
+              BmpFile(5, 2, 24, {}, RowsOf(5, 2, 24, [&](int X, int Y) { return Q[Y * 5 + X]; })).toHex(' '));
     // Any other depth writes the headers and no rows.
-    const QString Other = Dir.filePath(QStringLiteral("sixteen.bmp"));
-    Caller.Save_BMP_To_File_With_PAL(Other, Dib, Pal, Dither, 16);
-    const QByteArray Actual = ReadBytes(Other);
-    ASSERT_EQ(Actual.size(), 54);
-    EXPECT_EQ(Le16(Actual, 28), 16);
-    EXPECT_EQ(Le32(Actual, 10), 54u);
+    Caller.Save_BMP_To_File_With_PAL(Path, Dib, Pal, Dither, 16);
+    const QByteArray Headers = ReadBytes(Path);
+    ASSERT_EQ(Headers.size(), 54);
+    EXPECT_EQ(Headers.mid(6).toHex(' '), BmpFile(5, 2, 16, {}, {}).mid(6).toHex(' '));
 }

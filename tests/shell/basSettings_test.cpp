@@ -2,56 +2,28 @@
 
 #include "basTsMainPro.h"
 
-#include <gtest/gtest.h>
-
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
 
 #include <climits>
 
-using namespace basSettings;
+#include "SettingsFileTest.h"
 
-static void PrintTo(const QString& text, std::ostream* os)
-{
-    *os << '"' << text.toStdString() << '"';
-}
+using namespace basSettings;
+using basSettingsTest = SettingsFileTest;
 
 namespace {
-
-QByteArray ReadBytes(const QString& path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QByteArray("<missing>");
-    return file.readAll();
-}
-
-void WriteBytes(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(bytes), bytes.size());
-}
 
 // Backdates the file so that any rewrite shows in its modification time.
 QDateTime Backdate(const QString& path)
 {
     const QDateTime old = QDateTime::fromSecsSinceEpoch(1000000000);
     QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadWrite));
-    EXPECT_TRUE(file.setFileTime(old, QFileDevice::FileModificationTime));
+    EXPECT_TRUE(file.open(QIODevice::ReadWrite) && file.setFileTime(old, QFileDevice::FileModificationTime));
     return old;
 }
-
-class basSettingsTest : public ::testing::Test {
-protected:
-    QTemporaryDir Dir;
-    QString Ini = Dir.filePath(QStringLiteral("TsPaint.ini"));
-};
 
 } // namespace
 
@@ -59,12 +31,9 @@ TEST(basSettings, BooleanRule)
 {
     const struct {
         const char* Stored;
-        bool WhenMissing;
-        bool Expected;
-    } cases[] = {
-        {"-1", false, true}, {"-1", true, true}, {"1", true, false},   {"0", true, false},
-        {"True", true, false}, {"-01", true, false}, {"", true, true}, {"", false, false},
-    };
+        bool WhenMissing, Expected;
+    } cases[] = {{"-1", false, true},    {"1", true, false},   {"0", true, false}, {"True", true, false},
+                 {"-01", true, false},   {"", true, true},     {"", false, false}};
     for (const auto& c : cases)
         EXPECT_EQ(BooleanFromText(c.Stored, c.WhenMissing), c.Expected) << c.Stored << " " << c.WhenMissing;
     EXPECT_EQ(TextFromBoolean(true), "-1");
@@ -91,23 +60,20 @@ TEST(basSettings, NumberRules)
         {"abc", std::nullopt, 0, 2, -1, 0, 0},
         {"x5", std::nullopt, 0, 2, -1, 0, 0}, // holds a digit but does not start with a number
         {"3 big", std::nullopt, 0, 2, -1, 3, 3},
-        {"2.5", std::nullopt, 0, 2, -1, 2, 2},
         {"32767", std::nullopt, 0, 2, 32767, 32767, 32767},
         {"-32769", std::nullopt, 0, 2, -1, -32769, -32769},
         {"99999999999", std::nullopt, 0, 2, -1, INT_MAX, INT_MAX},
     };
     for (const auto& c : cases) {
         const QString stored = QString::fromUtf8(c.Stored);
-        const std::optional<int> checked = WatchRAMFromText(stored);
-        EXPECT_EQ(checked, c.WatchRAM) << c.Stored;
-        EXPECT_EQ(WatchRAMMirror(checked), c.Mirror) << c.Stored;
+        EXPECT_EQ(WatchRAMFromText(stored), c.WatchRAM) << c.Stored;
+        EXPECT_EQ(WatchRAMMirror(WatchRAMFromText(stored)), c.Mirror) << c.Stored;
         EXPECT_EQ(BrushSizeIndexFromText(stored, 10), c.BrushSize) << c.Stored;
         EXPECT_EQ(ColorChartCoordinateFromText(stored), c.ChartCoordinate) << c.Stored;
         EXPECT_EQ(SlideSizeFromText(stored), c.SlideSize) << c.Stored;
         EXPECT_EQ(NumberFromText(stored), c.Number) << c.Stored;
     }
     EXPECT_EQ(BrushSizeIndexFromText("9", 9), 2); // beyond a shorter list
-    EXPECT_EQ(SlideSizeFromText("none"), 0);
 }
 
 TEST(basSettings, ColorChartStaysOnScreen)
@@ -118,9 +84,9 @@ TEST(basSettings, ColorChartStaysOnScreen)
         int ScreenWidth, ScreenHeight;
         int16_t ExpectedLeft, ExpectedTop;
     } cases[] = {
-        {-1, -1, 19200, 14400, 0, 0},         {100, 200, 19200, 14400, 100, 200},
+        {-1, -1, 19200, 14400, 0, 0},             {100, 200, 19200, 14400, 100, 200},
         {20000, 9000, 19200, 14400, 16410, 7290}, {16410, 7290, 19200, 14400, 16410, 7290},
-        {-500, 32767, 19200, 14400, 0, 7290}, {100, 100, 2000, 5000, 0, 0},
+        {-500, 32767, 19200, 14400, 0, 7290},     {100, 100, 2000, 5000, 0, 0},
     };
     for (const auto& c : cases) {
         const ColorChartPos pos = ClampColorChartPos({c.Left, c.Top}, c.ScreenWidth, c.ScreenHeight);
@@ -133,41 +99,35 @@ TEST_F(basSettingsTest, EveryKeyIsReadUnderItsOwnName)
 {
     QTemporaryDir folders;
     const QString f = folders.path();
-    ASSERT_TRUE(QDir(f).mkpath("pal") && QDir(f).mkpath("browse") && QDir(f).mkpath("brush")
-                && QDir(f).mkpath("pattern") && QDir(f).mkpath("stamp") && QDir(f).mkpath("batch")
-                && QDir(f).mkpath("build") && QDir(f).mkpath("palani") && QDir(f).mkpath("extract")
-                && QDir(f).mkpath("icons"));
+    for (const char* name : {"pal", "browse", "brush", "pattern", "stamp", "batch", "build", "palani", "extract"})
+        ASSERT_TRUE(QDir(f).mkpath(name));
+    ASSERT_TRUE(QDir(f).mkpath("icons"));
     // Spelled out by hand so that a misspelt constant cannot pass.
-    WriteBytes(Ini, ("[Options]\nSDIOnly=-1\nWatchRAM=1\nRemindColorSetting=0\nInvokeIconEditorOnProgramStart=1\n"
-                     "FitInEvenIfSmaller=-1\nJPGAddBackEXIF=0\n"
-                     "[Settings]\nBrushSizeIndex=7\n"
-                     "[ColorChart Pos]\nLeft=1500\nTop=-20\n"
-                     "[DialogShowPreview]\nShowPreview=0\n"
-                     "[SlideShow]\nSlideSize=4\nSlideStyle=2\nSlidePace=11\n"
-                     "[Last Folder]\nPAL=" + f + "/pal\nFileBrowse=" + f + "/browse\nCustomBrush=" + f
-                     + "/brush\nCustomPattern=" + f + "/pattern\nStamp=" + f + "/stamp\nBatchConvert=" + f
-                     + "/batch\nGIFaniBuildLactFolder=" + f + "/build\nPAL_GIFani=" + f + "/palani\n"
-                     "GIFaniExtractFolder=" + f + "/extract\n"
-                     "[GIFani Screen Pos]\nLeft=1\nTop=2\nWidth=3\nHeight=4\nWinState=2\n"
-                     "[IconEditor Options]\nGridLines=-1\nDisplayPixelRGB=0\nTooltip256ColorChart=-1\nFlagMsgIfAlpha=0\n"
-                     "[IconEditor Last Folder]\nLastFolder=" + f + "/icons\n").toUtf8());
+    WriteFile(Ini, ("[Options]\nSDIOnly=-1\nWatchRAM=1\nRemindColorSetting=0\nInvokeIconEditorOnProgramStart=1\n"
+                    "FitInEvenIfSmaller=-1\nJPGAddBackEXIF=0\n"
+                    "[Settings]\nBrushSizeIndex=7\n"
+                    "[ColorChart Pos]\nLeft=1500\nTop=-20\n"
+                    "[DialogShowPreview]\nShowPreview=0\n"
+                    "[SlideShow]\nSlideSize=4\nSlideStyle=2\nSlidePace=11\n"
+                    "[Last Folder]\nPAL=" + f + "/pal\nFileBrowse=" + f + "/browse\nCustomBrush=" + f
+                    + "/brush\nCustomPattern=" + f + "/pattern\nStamp=" + f + "/stamp\nBatchConvert=" + f
+                    + "/batch\nGIFaniBuildLactFolder=" + f + "/build\nPAL_GIFani=" + f + "/palani\n"
+                    "GIFaniExtractFolder=" + f + "/extract\n"
+                    "[GIFani Screen Pos]\nLeft=1\nTop=2\nWidth=3\nHeight=4\nWinState=2\n"
+                    "[IconEditor Options]\nGridLines=-1\nDisplayPixelRGB=0\nTooltip256ColorChart=-1\nFlagMsgIfAlpha=0\n"
+                    "[IconEditor Last Folder]\nLastFolder=" + f + "/icons\n").toUtf8());
 
-    const OptionSettings options = ReadOptions(Ini);
-    EXPECT_TRUE(options.SDIOnly);
-    EXPECT_EQ(options.WatchRAMChecked, 1);
-    EXPECT_FALSE(options.RemindColorSetting);
-    EXPECT_FALSE(options.InvokeIconEditorOnProgramStart); // "1" is not "-1"
-    EXPECT_TRUE(options.FitInEvenIfSmaller);
-    EXPECT_FALSE(options.JPGAddBackEXIF);
+    const OptionSettings o = ReadOptions(Ini);
+    EXPECT_EQ(o.WatchRAMChecked, 1);
+    EXPECT_EQ((std::vector<bool>{o.SDIOnly, o.RemindColorSetting, o.InvokeIconEditorOnProgramStart, // "1" is not "-1"
+                                 o.FitInEvenIfSmaller, o.JPGAddBackEXIF}),
+              (std::vector<bool>{true, false, false, true, false}));
     EXPECT_EQ(ReadBrushSizeIndex(12, Ini), 7);
-    const ColorChartPos chart = ReadColorChartPos(Ini);
-    EXPECT_EQ(chart.Left, 1500);
-    EXPECT_EQ(chart.Top, -20);
+    EXPECT_EQ(ReadColorChartPos(Ini).Left, 1500);
+    EXPECT_EQ(ReadColorChartPos(Ini).Top, -20);
     EXPECT_FALSE(ReadShowPreview(Ini));
     const SlideShowSettings slides = ReadSlideShow(Ini);
-    EXPECT_EQ(slides.SlideSize, 4);
-    EXPECT_EQ(slides.SlideStyle, 2);
-    EXPECT_EQ(slides.SlidePace, 11);
+    EXPECT_EQ((std::vector<int>{slides.SlideSize, slides.SlideStyle, slides.SlidePace}), (std::vector<int>{4, 2, 11}));
 
     const struct {
         const char* Key;
@@ -195,24 +155,19 @@ TEST_F(basSettingsTest, EveryKeyIsReadUnderItsOwnName)
         EXPECT_EQ(ReadRaw(c.Section, c.Key, Ini), c.Value) << c.Section << " " << c.Key;
 
     // A folder that has gone, or a file in its place, gives the caller's fallback.
-    ASSERT_TRUE(QDir(f + "/pal").removeRecursively());
-    WriteBytes(f + "/stamp.txt", "x");
-    ASSERT_TRUE(QDir(f + "/stamp").removeRecursively());
-    ASSERT_TRUE(QFile::rename(f + "/stamp.txt", f + "/stamp"));
-    EXPECT_EQ(ReadLastFolder(KeyLastFolderPAL, "fallback", Ini), "fallback");
-    EXPECT_EQ(ReadLastFolder(KeyLastFolderStamp, "fallback", Ini), "fallback");
-    EXPECT_EQ(ReadLastFolder("Unknown", "fallback", Ini), "fallback");
+    ASSERT_TRUE(QDir(f + "/pal").removeRecursively() && QDir(f + "/stamp").removeRecursively());
+    WriteFile(f + "/stamp", "x");
+    for (const char* key : {KeyLastFolderPAL, KeyLastFolderStamp, "Unknown"})
+        EXPECT_EQ(ReadLastFolder(key, "fallback", Ini), "fallback") << key;
 }
 
 TEST_F(basSettingsTest, MissingFileGivesDefaults)
 {
-    const OptionSettings options = ReadOptions(Ini);
-    EXPECT_FALSE(options.SDIOnly);
-    EXPECT_EQ(options.WatchRAMChecked, 3);
-    EXPECT_TRUE(options.RemindColorSetting);
-    EXPECT_TRUE(options.InvokeIconEditorOnProgramStart);
-    EXPECT_FALSE(options.FitInEvenIfSmaller);
-    EXPECT_TRUE(options.JPGAddBackEXIF);
+    const OptionSettings o = ReadOptions(Ini);
+    EXPECT_EQ(o.WatchRAMChecked, 3);
+    EXPECT_EQ((std::vector<bool>{o.SDIOnly, o.RemindColorSetting, o.InvokeIconEditorOnProgramStart,
+                                 o.FitInEvenIfSmaller, o.JPGAddBackEXIF}),
+              (std::vector<bool>{false, true, true, false, true}));
     EXPECT_EQ(ReadBrushSizeIndex(12, Ini), 2);
     EXPECT_EQ(ReadColorChartPos(Ini).Left, -1);
     EXPECT_EQ(ReadColorChartPos(Ini).Top, -1);
@@ -224,52 +179,44 @@ TEST_F(basSettingsTest, MissingFileGivesDefaults)
 TEST_F(basSettingsTest, OptionsAreWrittenOnlyWhenChangedOrAbsent)
 {
     OptionSettings options;
+    const std::string defaults = "[Options]\nSDIOnly=0\nWatchRAM=3\nRemindColorSetting=-1\n"
+                                 "InvokeIconEditorOnProgramStart=-1\nFitInEvenIfSmaller=0\nJPGAddBackEXIF=-1\n";
     WriteOptions(options, Ini);
-    const QByteArray defaults = "[Options]\nSDIOnly=0\nWatchRAM=3\nRemindColorSetting=-1\n"
-                                "InvokeIconEditorOnProgramStart=-1\nFitInEvenIfSmaller=0\nJPGAddBackEXIF=-1\n";
-    EXPECT_EQ(ReadBytes(Ini), defaults);
-
-    // Nothing changed: the file is not touched.
+    EXPECT_EQ(ReadFile(Ini), defaults);
     const QDateTime old = Backdate(Ini);
-    WriteOptions(options, Ini);
-    EXPECT_EQ(ReadBytes(Ini), defaults);
+    WriteOptions(options, Ini); // nothing changed: the file is not touched
     EXPECT_EQ(QFileInfo(Ini).lastModified(), old);
 
     // Equal after trimming counts as unchanged; an empty key counts as absent.
-    WriteBytes(Ini, "[Options]\r\nSDIOnly =  0 \r\nWatchRAM=3\r\nRemindColorSetting=\r\n; keep\r\n"
-                    "InvokeIconEditorOnProgramStart=-1\r\nFitInEvenIfSmaller=0\r\nJPGAddBackEXIF=-1\r\n");
+    WriteFile(Ini, "[Options]\r\nSDIOnly =  0 \r\nWatchRAM=3\r\nRemindColorSetting=\r\n; keep\r\n"
+                   "InvokeIconEditorOnProgramStart=-1\r\nFitInEvenIfSmaller=0\r\nJPGAddBackEXIF=-1\r\n");
     options.FitInEvenIfSmaller = true;
     WriteOptions(options, Ini);
-    EXPECT_EQ(ReadBytes(Ini), QByteArray("[Options]\r\nSDIOnly =  0 \r\nWatchRAM=3\r\nRemindColorSetting=-1\r\n; keep\r\n"
-                                         "InvokeIconEditorOnProgramStart=-1\r\nFitInEvenIfSmaller=-1\r\nJPGAddBackEXIF=-1\r\n"));
+    EXPECT_EQ(ReadFile(Ini), "[Options]\r\nSDIOnly =  0 \r\nWatchRAM=3\r\nRemindColorSetting=-1\r\n; keep\r\n"
+                             "InvokeIconEditorOnProgramStart=-1\r\nFitInEvenIfSmaller=-1\r\nJPGAddBackEXIF=-1\r\n");
 
     // A stored "WatchRAM" of 9 checks no entry, and the mirror 0 is what goes back.
-    WriteBytes(Ini, QByteArray(defaults).replace("WatchRAM=3", "WatchRAM=9"));
+    WriteFile(Ini, QByteArray::fromStdString(defaults).replace("WatchRAM=3", "WatchRAM=9"));
     const OptionSettings stored = ReadOptions(Ini);
     EXPECT_FALSE(stored.WatchRAMChecked.has_value());
-    EXPECT_EQ(WatchRAMMirror(stored.WatchRAMChecked), 0);
     WriteOptions(stored, Ini);
-    EXPECT_EQ(ReadBytes(Ini), QByteArray(defaults).replace("WatchRAM=3", "WatchRAM=0"));
+    EXPECT_EQ(ReadFile(Ini), QByteArray::fromStdString(defaults).replace("WatchRAM=3", "WatchRAM=0").toStdString());
 }
 
-TEST_F(basSettingsTest, OtherValuesAreWrittenAsDecimalText)
+TEST_F(basSettingsTest, OtherValuesAreWrittenAsDecimalTextWhenChanged)
 {
-    WriteBrushSizeIndex(5, Ini);
-    WriteColorChartPos({120, -1}, Ini);
-    WriteShowPreview(false, Ini);
-    WriteSlideShow({3, 1, 20}, Ini);
-    WriteLastFolder(KeyLastFolderGIFaniBuild, "/home/u/anim", Ini);
-    const QByteArray expected = "[Settings]\nBrushSizeIndex=5\n[ColorChart Pos]\nLeft=120\nTop=-1\n"
-                                "[DialogShowPreview]\nShowPreview=0\n[SlideShow]\nSlideSize=3\nSlideStyle=1\nSlidePace=20\n"
-                                "[Last Folder]\nGIFaniBuildLactFolder=/home/u/anim\n";
-    EXPECT_EQ(ReadBytes(Ini), expected);
-    const QDateTime old = Backdate(Ini);
-    WriteBrushSizeIndex(5, Ini);
-    WriteColorChartPos({120, -1}, Ini);
-    WriteShowPreview(false, Ini);
-    WriteSlideShow({3, 1, 20}, Ini);
-    WriteLastFolder(KeyLastFolderGIFaniBuild, "/home/u/anim", Ini);
-    EXPECT_EQ(QFileInfo(Ini).lastModified(), old);
+    for (int round = 0; round < 2; ++round) {
+        const QDateTime old = round ? Backdate(Ini) : QDateTime();
+        WriteBrushSizeIndex(5, Ini);
+        WriteColorChartPos({120, -1}, Ini);
+        WriteShowPreview(false, Ini);
+        WriteSlideShow({3, 1, 20}, Ini);
+        WriteLastFolder(KeyLastFolderGIFaniBuild, "/home/u/anim", Ini);
+        EXPECT_EQ(ReadFile(Ini), "[Settings]\nBrushSizeIndex=5\n[ColorChart Pos]\nLeft=120\nTop=-1\n"
+                                 "[DialogShowPreview]\nShowPreview=0\n[SlideShow]\nSlideSize=3\nSlideStyle=1\n"
+                                 "SlidePace=20\n[Last Folder]\nGIFaniBuildLactFolder=/home/u/anim\n");
+        EXPECT_EQ(QFileInfo(Ini).lastModified() == old, round == 1) << "round " << round;
+    }
     EXPECT_FALSE(WriteIfChanged(SectionSettings, KeyBrushSizeIndex, "5", Ini));
     EXPECT_TRUE(WriteIfChanged(SectionSettings, KeyBrushSizeIndex, "6", Ini));
 }
