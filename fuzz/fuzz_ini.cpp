@@ -18,17 +18,6 @@ void Check(bool condition)
         __builtin_trap();
 }
 
-// The reader strips spaces and tabs around a value, nothing else.
-QString TrimBlanks(const QString& text)
-{
-    qsizetype b = 0;
-    qsizetype e = text.size();
-    while (b < e && (text.at(b) == QLatin1Char(' ') || text.at(b) == QLatin1Char('\t')))
-        ++b;
-    while (e > b && (text.at(e - 1) == QLatin1Char(' ') || text.at(e - 1) == QLatin1Char('\t')))
-        --e;
-    return text.mid(b, e - b);
-}
 
 // Writes, reads back (also under `otherSpelling` of the section), deletes and reads again one key.
 // Names the writer refuses are skipped.
@@ -37,8 +26,8 @@ void RoundTrip(QByteArray bytes, const QString& section, const QString& otherSpe
 {
     if (!basINI::IniWriteBuffer(bytes, section, key, value))
         return;
-    Check(basINI::IniReadBuffer(bytes, section, key, QString()) == TrimBlanks(value));
-    Check(basINI::IniReadBuffer(bytes, otherSpelling, key, QString()) == TrimBlanks(value));
+    Check(basINI::IniReadBuffer(bytes, section, key, QString()) == basINI::TrimBlanks(value));
+    Check(basINI::IniReadBuffer(bytes, otherSpelling, key, QString()) == basINI::TrimBlanks(value));
     Check(basINI::IniDeleteBuffer(bytes, section, key));
     Check(basINI::IniReadBuffer(bytes, section, key, QStringLiteral("gone")) == QStringLiteral("gone"));
 }

@@ -9,22 +9,6 @@
 
 namespace basFileHistory {
 
-namespace {
-
-// The same blanks the INI reader strips, so a path compares equal to its stored copy.
-QString TrimBlanks(const QString& text)
-{
-    qsizetype b = 0;
-    qsizetype e = text.size();
-    while (b < e && (text.at(b) == QLatin1Char(' ') || text.at(b) == QLatin1Char('\t')))
-        ++b;
-    while (e > b && (text.at(e - 1) == QLatin1Char(' ') || text.at(e - 1) == QLatin1Char('\t')))
-        --e;
-    return text.mid(b, e - b);
-}
-
-} // namespace
-
 QString EntryKey(int number)
 {
     return QString::number(number) + QLatin1Char('.');
@@ -32,7 +16,7 @@ QString EntryKey(int number)
 
 bool AddToHistory(const QString& section, const QString& path, const QString& iniFile)
 {
-    const QString entry = TrimBlanks(path);
+    const QString entry = basINI::TrimBlanks(path);
     if (entry.isEmpty())
         return false;
     QByteArray bytes;

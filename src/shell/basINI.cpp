@@ -151,18 +151,6 @@ bool ValidKey(const QString& key)
     return first != QLatin1Char('[') && first != QLatin1Char(';') && first != QLatin1Char('#');
 }
 
-// Names are compared trimmed of the same blanks the reader strips from the file.
-QString TrimBlanks(const QString& text)
-{
-    qsizetype b = 0;
-    qsizetype e = text.size();
-    while (b < e && (text.at(b) == QLatin1Char(' ') || text.at(b) == QLatin1Char('\t')))
-        ++b;
-    while (e > b && (text.at(e - 1) == QLatin1Char(' ') || text.at(e - 1) == QLatin1Char('\t')))
-        --e;
-    return text.mid(b, e - b);
-}
-
 QByteArray LineEndOf(const QByteArray& bytes)
 {
     qsizetype pos = 0;
@@ -361,6 +349,17 @@ bool IniDelete(const QString& section, const QString& key, const QString& iniFil
     if (bytes == before)
         return true;
     return SaveIniBytes(iniFile, bytes);
+}
+
+QString TrimBlanks(const QString& text)
+{
+    qsizetype b = 0;
+    qsizetype e = text.size();
+    while (b < e && (text.at(b) == QLatin1Char(' ') || text.at(b) == QLatin1Char('\t')))
+        ++b;
+    while (e > b && (text.at(e - 1) == QLatin1Char(' ') || text.at(e - 1) == QLatin1Char('\t')))
+        --e;
+    return text.mid(b, e - b);
 }
 
 } // namespace basINI

@@ -23,6 +23,9 @@ inline constexpr int IniMaxValueLength = 2047;
 // Settings files are small; anything larger is refused rather than read into memory.
 inline constexpr qsizetype IniMaxFileBytes = 16 * 1024 * 1024;
 
+// The blanks the reader strips around names and values: spaces and tabs, nothing else.
+QString TrimBlanks(const QString& text);
+
 QString IniRead(const QString& section, const QString& key, const QString& defaultValue,
                 const QString& iniFile);
 bool IniWrite(const QString& section, const QString& key, const QString& value,
