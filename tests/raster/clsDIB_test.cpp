@@ -170,3 +170,13 @@ TEST(clsDIB, PaletteCallsSetAndReadTheColourTable)
     None.SetPaletteToDIB8BPP({1, 2, 3, 0});
     EXPECT_EQ(None.GetPaletteFromDIB8BPP(Read), 0);
 }
+
+TEST(clsDIB, PaletteIndexReadsStorageRows)
+{
+    clsDIB Dib, Caller;
+    ASSERT_TRUE(Dib.CreateBlankDIB(5, 3, 8, 0, false));
+    for (int I = 0; I < 3 * 8; ++I)
+        Dib.DIBBitsPtr()[I] = uint8_t(200 + I);
+    EXPECT_EQ(Grid(5, 3, [&](int X, int R) { return uint32_t(Caller.PaletteIndex_In_DIB_XY(Dib, X, R)); }),
+              Grid(5, 3, [](int X, int R) { return uint32_t(200 + R * 8 + X); }));
+}
