@@ -15,7 +15,7 @@ packages=(
   fonts-liberation2 fonts-dejavu-core
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
-  xvfb xauth x11-apps
+  xvfb xauth x11-apps x11-utils
   libgif-dev libpng-dev libspng-dev libdeflate-dev libjpeg62-turbo-dev
   pngcheck icoutils imagemagick libimage-exiftool-perl
 )

@@ -1,0 +1,17 @@
+// The `tessavo` program: every window layer registers its windows, then the start-up routine runs.
+#include "basMain.h"
+#include "frmTsColorChart.h"
+
+#include <QApplication>
+#include <QIcon>
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("Tessavo"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TESSAVO_VERSION));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/tessavo.svg")));
+    QGuiApplication::setDesktopFileName(QStringLiteral("tessavo"));
+    frmTsColorChart::Register();
+    return basMain::Main(app);
+}
