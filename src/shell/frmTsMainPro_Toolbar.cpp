@@ -49,6 +49,9 @@ void frmTsMainPro::BuildToolbar()
     cmdFileNew = ToolbarButton(bar, QStringLiteral("cmdFileNew"), QStringLiteral("file_new"), tr("New picture (Ctrl+N)"));
     cmdFileOpen = ToolbarButton(bar, QStringLiteral("cmdFileOpen"), QStringLiteral("file_open"), tr("Open picture (Ctrl+O)"));
     cmdFileBrowser = ToolbarButton(bar, QStringLiteral("cmdFileBrowser"), QStringLiteral("file_browser"), tr("File browser"));
+    // Off like their menu entries while no paint document can be made.
+    cmdFileNew->setEnabled(mnuFileNew->isEnabled());
+    cmdFileOpen->setEnabled(mnuFileOpen->isEnabled());
     bar->addSeparator();
 
     const char* const editIcons[] = {"undo_all", "undo", "redo", "cut", "copy", "paste", "paste_transparent",

@@ -178,6 +178,8 @@ TEST_F(FrameTest, ClosingAsksAboutUnsavedWorkAndWritesOptions)
     EXPECT_NE(ini.find("FitInEvenIfSmaller=-1"), std::string::npos) << ini;
     EXPECT_NE(ini.find("WatchRAM=3"), std::string::npos) << ini;
     EXPECT_NE(ini.find("BrushSizeIndex=2"), std::string::npos) << ini;
+    // An unset chart position is kept on the screen, at its top left corner.
+    EXPECT_NE(ini.find("[ColorChart Pos]\nLeft=0\nTop=0"), std::string::npos) << ini;
     // Asked once: a confirmed close does not ask again.
     EXPECT_EQ(Boxes.Calls().size(), 2u);
 }
