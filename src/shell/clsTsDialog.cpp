@@ -216,6 +216,24 @@ bool Scripted(TsDialogKind kind, const clsTsDialog& dialog, QString& answer, boo
     return true;
 }
 
+// What the open and save dialogs share: the preview panel and the filter chosen at the start.
+void PrepareFileDialog(QFileDialog& dialog, bool showPreview, int filterIndex)
+{
+    if (showPreview)
+        AddPreview(dialog);
+    SelectFilter(dialog, filterIndex);
+}
+
+// Shows the dialog; on OK gives the chosen file and the filter that was chosen with it.
+bool RunFileDialog(QFileDialog& dialog, QString& answer, int& filterIndex)
+{
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return false;
+    answer = dialog.selectedFiles().constFirst();
+    filterIndex = ChosenFilterIndex(dialog, filterIndex);
+    return true;
+}
+
 } // namespace
 
 bool clsTsDialog::ShowOpen(QWidget* parent)
@@ -227,14 +245,8 @@ bool clsTsDialog::ShowOpen(QWidget* parent)
         dialog.setObjectName(QStringLiteral("dlgOpen"));
         dialog.setAcceptMode(QFileDialog::AcceptOpen);
         dialog.setFileMode(QFileDialog::ExistingFile);
-        if (ShowPreview)
-            AddPreview(dialog);
-        SelectFilter(dialog, FilterIndex);
-        accepted = dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty();
-        if (accepted) {
-            answer = dialog.selectedFiles().constFirst();
-            FilterIndex = ChosenFilterIndex(dialog, FilterIndex);
-        }
+        PrepareFileDialog(dialog, ShowPreview, FilterIndex);
+        accepted = RunFileDialog(dialog, answer, FilterIndex);
     }
     FileName = accepted ? answer : QString();
     return accepted;
@@ -249,19 +261,13 @@ bool clsTsDialog::ShowSave(QWidget* parent)
         dialog.setObjectName(QStringLiteral("dlgSave"));
         dialog.setAcceptMode(QFileDialog::AcceptSave);
         dialog.setFileMode(QFileDialog::AnyFile);
-        if (ShowPreview)
-            AddPreview(dialog);
-        SelectFilter(dialog, FilterIndex);
+        PrepareFileDialog(dialog, ShowPreview, FilterIndex);
         dialog.setDefaultSuffix(SuffixOfFilter(dialog.selectedNameFilter()));
         QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog,
                          [&dialog](const QString& chosen) { dialog.setDefaultSuffix(SuffixOfFilter(chosen)); });
         if (!FileName.isEmpty())
             dialog.selectFile(FileName);
-        accepted = dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty();
-        if (accepted) {
-            answer = dialog.selectedFiles().constFirst();
-            FilterIndex = ChosenFilterIndex(dialog, FilterIndex);
-        }
+        accepted = RunFileDialog(dialog, answer, FilterIndex);
     }
     FileName = accepted ? answer : QString();
     return accepted;
