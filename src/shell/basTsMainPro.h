@@ -167,6 +167,8 @@ QWidget* FindForm(const QString& name);
 bool IsFormLoaded(const QString& name);
 // As IsFormLoaded, then gives the window the focus; true if found.
 bool ActivateFormIfLoaded(const QString& name);
+// Closes and releases every window of that name.
+void UnloadForm(const QString& name);
 // Closes the panoramic view, the colour chart, the GIF/PNG save panel and the file browser.
 void CloseToolWindows();
 // Closes every document window whose slot is open.

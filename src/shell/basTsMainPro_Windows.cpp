@@ -83,18 +83,23 @@ bool ActivateFormIfLoaded(const QString& name)
     return true;
 }
 
+void UnloadForm(const QString& name)
+{
+    // A window may leave another open behind it under the same name; close them all. The name goes
+    // first, so a window that only hides on close is not found again.
+    while (QWidget* form = FindForm(name)) {
+        QPointer<QWidget> guard(form);
+        form->setObjectName(QString());
+        CloseForm(form);
+        if (guard && !guard->isVisible())
+            guard->deleteLater();
+    }
+}
+
 void CloseToolWindows()
 {
-    for (const char* name : {"frmTsPanoramic", "frmTsColorChart", "frmTsFileSaveGIForPNG", "frmTsFileBrowser"}) {
-        // A window may leave another open behind it under the same name; close them all.
-        while (QWidget* form = FindForm(QString::fromLatin1(name))) {
-            QPointer<QWidget> guard(form);
-            form->setObjectName(QString());
-            CloseForm(form);
-            if (guard && !guard->isVisible())
-                guard->deleteLater();
-        }
-    }
+    for (const char* name : {"frmTsPanoramic", "frmTsColorChart", "frmTsFileSaveGIForPNG", "frmTsFileBrowser"})
+        UnloadForm(QString::fromLatin1(name));
 }
 
 void CloseAllDocuments()

@@ -67,7 +67,7 @@ frmTsMainPro::frmTsMainPro(const QString& commandLine, QWidget* parent)
         if (sub == nullptr && MdiArea->subWindowList().isEmpty())
             MDI_disableAllButtonsOnToolBar();
         else if (sub != nullptr)
-            EnableToolBarForDocument();
+            SetDocumentToolBarEnabled(true);
     });
 
     // The address later starts hand their file names to.
@@ -121,13 +121,7 @@ frmTsMainPro* frmTsMainPro::Instance()
 void frmTsMainPro::ReadSettingsOnLoad()
 {
     const QString ini = IniFile();
-    // 5. The colour chart's place, kept on the screen.
-    const basSettings::ColorChartPos stored = basSettings::ReadColorChartPos(ini);
-    const QSize screenTwips = ScreenSizeTwips();
-    const basSettings::ColorChartPos pos =
-        basSettings::ClampColorChartPos(stored, screenTwips.width(), screenTwips.height());
-    ColorChartLeft = pos.Left;
-    ColorChartTop = pos.Top;
+    // 5. The colour chart reads and clamps its own place each time it is shown.
     // 6. Folders, dialog preview, slide show.
     LastPaletteFolder = basSettings::ReadLastFolder(QString::fromLatin1(basSettings::KeyLastFolderPAL),
                                                     basTsMainPro::AppFolder(), ini);
@@ -247,10 +241,7 @@ void frmTsMainPro::OpenFromCommandLine(const QString& commandLine)
     if (!CommandLineExtensionAllowed(path))
         return;
     if (!basTsMainPro::AnyDocumentOpen() || !basTsMainPro::SDIOnly) {
-        basTsMainPro::DocOpenMode = basTsMainPro::DocOpenFromCommandLine;
-        basTsMainPro::DocOpenPath = path;
-        const int slot = basTsMainPro::NextFreeDocSlot();
-        ShowDocumentWindow(slot, basTsMainPro::ShortenPathForDisplay(path, basTsMainPro::DisplayPathLength));
+        ShowNewDocument(basTsMainPro::DocOpenFromCommandLine, path);
     } else {
         CallChild("LoadOpenFile", path, basTsMainPro::DocOpenFromCommandLine);
     }
@@ -272,6 +263,16 @@ void frmTsMainPro::txbCommandHidden_Change()
     raise();
     activateWindow();
     OpenFromCommandLine(text);
+}
+
+QWidget* frmTsMainPro::ShowNewDocument(int mode, const QString& path)
+{
+    basTsMainPro::DocOpenMode = mode;
+    basTsMainPro::DocOpenPath = path;
+    const QString caption = path.isEmpty()
+                                ? QStringLiteral("Untitled:1")
+                                : basTsMainPro::ShortenPathForDisplay(path, basTsMainPro::DisplayPathLength);
+    return ShowDocumentWindow(basTsMainPro::NextFreeDocSlot(), caption);
 }
 
 QWidget* frmTsMainPro::ShowDocumentWindow(int slot, const QString& caption)

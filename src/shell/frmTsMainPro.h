@@ -8,6 +8,7 @@
 #include "basSettings.h"
 
 #include <QMainWindow>
+#include <QSize>
 #include <QString>
 
 #include <array>
@@ -56,6 +57,9 @@ public:
     void OpenFromCommandLine(const QString& path);
     // The active document window's own widget, or null.
     QWidget* ActiveChild() const;
+    // Sets DocOpenMode and DocOpenPath and shows a document window for them in the next free slot,
+    // captioned with the shortened path or "Untitled:1".
+    QWidget* ShowNewDocument(int mode, const QString& path);
     // Makes a document window for the current DocOpenMode and DocOpenPath in slot `slot`.
     QWidget* ShowDocumentWindow(int slot, const QString& caption);
     // Calls `name` on the active document window; nothing happens without one. False when the
@@ -74,6 +78,9 @@ public:
     static int ScreenBitsPerPixel(int depth);
     // The text of the colour value box: "RGB(r, g, b)     HTML #RRGGBB / hBBGGRR".
     static QString ColorValueText(uint32_t color);
+    // A flat button showing the project's icon ":/icons/<icon>.svg", named `name`.
+    static QToolButton* ImageButton(QWidget* parent, const QString& name, const QString& icon, const QString& tip,
+                                    QSize iconSize = QSize(24, 24));
     // The File Open dialog's filter.
     static QString OpenFilter();
 
@@ -192,6 +199,8 @@ private:
     void txbCommandHidden_Change();
     void mnuFileNew_Click();
     void mnuFileOpen_Click();
+    // The file behind a history entry, or empty after "File not found." when it is gone.
+    QString HistoryFileIfPresent(const std::array<QString, 8>& paths, int index);
     void mnuFileHistory_Click(int index);
     void mnuFileHistoryIconEditor_Click(int index);
     void mnuFileHistoryGIFani_Click(int index);
@@ -208,7 +217,8 @@ private:
     bool QueryUnload();
     void UnloadFrame();
     bool OptionEventsIgnored() const;
-    void EnableToolBarForDocument();
+    void SetDocumentToolBarEnabled(bool enabled);
+    bool InvokeOnChild(const char* name, QGenericArgument first, QGenericArgument second);
     QSize ScreenSizeTwips() const;
     void OpenInIconEditor(const QString& path);
     basSettings::OptionSettings OptionsFromMenus() const;
@@ -226,8 +236,6 @@ private:
     int SlideSize = 0;
     int SlideStyle = 0;
     int SlidePace = 0;
-    int ColorChartLeft = -1;
-    int ColorChartTop = -1;
 
 public:
     // The program's temporary file of this run, deleted at unload when it exists.

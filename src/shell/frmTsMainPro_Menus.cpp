@@ -194,9 +194,7 @@ void frmTsMainPro::mnuFileNew_Click()
     if (dialog.exec() != QDialog::Accepted)
         return;
     basTsMainPro::ResetDocSlots();
-    basTsMainPro::DocOpenMode = basTsMainPro::DocOpenFromFileNew;
-    basTsMainPro::DocOpenPath.clear();
-    ShowDocumentWindow(basTsMainPro::NextFreeDocSlot(), QStringLiteral("Untitled:1"));
+    ShowNewDocument(basTsMainPro::DocOpenFromFileNew, QString());
 }
 
 QString frmTsMainPro::OpenFilter()
@@ -218,10 +216,7 @@ void frmTsMainPro::mnuFileOpen_Click()
     if (!dialog.ShowOpen(this) || dialog.FileName.isEmpty())
         return;
     basTsMainPro::ResetDocSlots();
-    basTsMainPro::DocOpenMode = basTsMainPro::DocOpenFromFileOpen;
-    basTsMainPro::DocOpenPath = dialog.FileName;
-    ShowDocumentWindow(basTsMainPro::NextFreeDocSlot(),
-                       basTsMainPro::ShortenPathForDisplay(dialog.FileName, basTsMainPro::DisplayPathLength));
+    ShowNewDocument(basTsMainPro::DocOpenFromFileOpen, dialog.FileName);
 }
 
 void frmTsMainPro::ListHistoryInto(const char* section, std::vector<QAction*>& entries,
@@ -248,8 +243,8 @@ void frmTsMainPro::ListHistoryInto(const char* section, std::vector<QAction*>& e
 void frmTsMainPro::MDI_List_File_History()
 {
     ListHistoryInto(basFileHistory::SectionPaint, mnuFileHistory, FileHistoryPaths, mnuFileHistory[0]);
-    for (int i = 1; i <= basFileHistory::MaxEntries; ++i) {
-        if (!basTsMainPro::HasFormFactory(QStringLiteral("frmTsPaint")))
+    if (!basTsMainPro::HasFormFactory(QStringLiteral("frmTsPaint"))) {
+        for (int i = 1; i <= basFileHistory::MaxEntries; ++i)
             mnuFileHistory[i]->setEnabled(false);
     }
 }
@@ -268,38 +263,38 @@ void frmTsMainPro::MDI_List_File_History_GIFani()
     mnuFileHistoryGIFani->setEnabled(basTsMainPro::HasFormFactory(QStringLiteral("frmTsGIFani")));
 }
 
+QString frmTsMainPro::HistoryFileIfPresent(const std::array<QString, 8>& paths, int index)
+{
+    // The path comes from the list, not from the caption, which may be shortened.
+    const QString path = paths[index - 1];
+    if (basTsMainPro::FileExists(path))
+        return path;
+    MsgBox(QString::fromLatin1(basFileHistory::FileNotFoundMessage));
+    return QString();
+}
+
 void frmTsMainPro::mnuFileHistory_Click(int index)
 {
-    const QString path = FileHistoryPaths[index - 1];
-    if (!basTsMainPro::FileExists(path)) {
-        MsgBox(QString::fromLatin1(basFileHistory::FileNotFoundMessage));
+    const QString path = HistoryFileIfPresent(FileHistoryPaths, index);
+    if (path.isEmpty())
         return;
-    }
     basTsMainPro::CloseToolWindows();
     basTsMainPro::ResetDocSlots();
-    basTsMainPro::DocOpenMode = basTsMainPro::DocOpenFromFileOpen;
-    basTsMainPro::DocOpenPath = path;
-    ShowDocumentWindow(basTsMainPro::NextFreeDocSlot(),
-                       basTsMainPro::ShortenPathForDisplay(path, basTsMainPro::DisplayPathLength));
+    ShowNewDocument(basTsMainPro::DocOpenFromFileOpen, path);
 }
 
 void frmTsMainPro::mnuFileHistoryIconEditor_Click(int index)
 {
-    const QString path = FileHistoryPathsIconEditor[index - 1];
-    if (!basTsMainPro::FileExists(path)) {
-        MsgBox(QString::fromLatin1(basFileHistory::FileNotFoundMessage));
-        return;
-    }
-    OpenInIconEditor(path);
+    const QString path = HistoryFileIfPresent(FileHistoryPathsIconEditor, index);
+    if (!path.isEmpty())
+        OpenInIconEditor(path);
 }
 
 void frmTsMainPro::mnuFileHistoryGIFani_Click(int index)
 {
-    const QString path = FileHistoryPathsGIFani[index - 1];
-    if (!basTsMainPro::FileExists(path)) {
-        MsgBox(QString::fromLatin1(basFileHistory::FileNotFoundMessage));
+    const QString path = HistoryFileIfPresent(FileHistoryPathsGIFani, index);
+    if (path.isEmpty())
         return;
-    }
     if (QWidget* editor = basTsMainPro::CreateForm(QStringLiteral("frmTsGIFani"))) {
         editor->setProperty("OpenPath", path);
         editor->show();

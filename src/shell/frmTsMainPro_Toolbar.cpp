@@ -19,11 +19,7 @@ namespace {
 
 QToolButton* ToolbarButton(QToolBar* bar, const QString& name, const QString& icon, const QString& tip)
 {
-    auto* button = new QToolButton(bar);
-    button->setObjectName(name);
-    button->setIcon(QIcon(QStringLiteral(":/icons/%1.svg").arg(icon)));
-    button->setToolTip(tip);
-    button->setAutoRaise(true);
+    QToolButton* button = frmTsMainPro::ImageButton(bar, name, icon, tip);
     bar->addWidget(button);
     return button;
 }
@@ -180,13 +176,7 @@ void frmTsMainPro::cmdGlass_Click()
 
 void frmTsMainPro::MDI_disableAllButtonsOnToolBar()
 {
-    for (QToolButton* button : cmdEditTB)
-        button->setEnabled(false);
-    for (QToolButton* button : cmdZoom)
-        button->setEnabled(false);
-    for (QWidget* control : std::initializer_list<QWidget*>{cmdGlass, cboMagnify, cboGlass, ckbFitIn, cmdMode,
-                                                            imgUpperLeft, imgLowerRight, imgPanoramic, cmdFileBrowser})
-        control->setEnabled(false);
+    SetDocumentToolBarEnabled(false);
     cmdGlass->setChecked(false);
     if (!StatusPanel.empty()) {
         StatusPanel[0]->clear();
@@ -197,16 +187,16 @@ void frmTsMainPro::MDI_disableAllButtonsOnToolBar()
         Progress->setValue(0);
 }
 
-void frmTsMainPro::EnableToolBarForDocument()
+void frmTsMainPro::SetDocumentToolBarEnabled(bool enabled)
 {
-    // The document narrows these to what its picture allows when it updates its buttons.
+    // With a document the buttons come on; the document narrows them to what its picture allows.
     for (QToolButton* button : cmdEditTB)
-        button->setEnabled(true);
+        button->setEnabled(enabled);
     for (QToolButton* button : cmdZoom)
-        button->setEnabled(true);
+        button->setEnabled(enabled);
     for (QWidget* control : std::initializer_list<QWidget*>{cmdGlass, cboMagnify, cboGlass, ckbFitIn, cmdMode,
                                                             imgUpperLeft, imgLowerRight, imgPanoramic, cmdFileBrowser})
-        control->setEnabled(true);
+        control->setEnabled(enabled);
 }
 
 bool frmTsMainPro::OptionEventsIgnored() const
@@ -214,35 +204,28 @@ bool frmTsMainPro::OptionEventsIgnored() const
     return Loading;
 }
 
-bool frmTsMainPro::CallChild(const char* name)
+bool frmTsMainPro::InvokeOnChild(const char* name, QGenericArgument first, QGenericArgument second)
 {
     QWidget* child = ActiveChild();
     if (child == nullptr)
         return true;
-    if (QMetaObject::invokeMethod(child, name, Qt::DirectConnection))
+    if (QMetaObject::invokeMethod(child, name, Qt::DirectConnection, first, second))
         return true;
     ReportMissingCommand(child, name);
     return false;
+}
+
+bool frmTsMainPro::CallChild(const char* name)
+{
+    return InvokeOnChild(name, QGenericArgument(), QGenericArgument());
 }
 
 bool frmTsMainPro::CallChild(const char* name, int index)
 {
-    QWidget* child = ActiveChild();
-    if (child == nullptr)
-        return true;
-    if (QMetaObject::invokeMethod(child, name, Qt::DirectConnection, Q_ARG(int, index)))
-        return true;
-    ReportMissingCommand(child, name);
-    return false;
+    return InvokeOnChild(name, Q_ARG(int, index), QGenericArgument());
 }
 
 bool frmTsMainPro::CallChild(const char* name, const QString& path, int mode)
 {
-    QWidget* child = ActiveChild();
-    if (child == nullptr)
-        return true;
-    if (QMetaObject::invokeMethod(child, name, Qt::DirectConnection, Q_ARG(QString, path), Q_ARG(int, mode)))
-        return true;
-    ReportMissingCommand(child, name);
-    return false;
+    return InvokeOnChild(name, Q_ARG(QString, path), Q_ARG(int, mode));
 }

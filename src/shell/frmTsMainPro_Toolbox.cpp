@@ -54,16 +54,14 @@ const char* const PanelTitles[frmTsMainPro::OptionPanelCount] = {
     "Filled Bezier color", "Rectangle corner shape", "Oval enhancement",  "Stamp source",
     "Spray option",      "Region extra option"};
 
-QToolButton* ImageButton(QWidget* parent, const QString& name, const QString& icon, const QString& tip,
-                         QSize iconSize = QSize(24, 24))
+// An empty framed box that shows a loaded brush, pattern or stamp.
+QLabel* PreviewBox(QWidget* parent, const QString& name, int side)
 {
-    auto* button = new QToolButton(parent);
-    button->setObjectName(name);
-    button->setIcon(QIcon(QStringLiteral(":/icons/%1.svg").arg(icon)));
-    button->setIconSize(iconSize);
-    button->setToolTip(tip);
-    button->setAutoRaise(true);
-    return button;
+    auto* box = new QLabel(parent);
+    box->setObjectName(name);
+    box->setFixedSize(side, side);
+    box->setFrameShape(QFrame::StyledPanel);
+    return box;
 }
 
 QComboBox* NamedCombo(QWidget* parent, const QString& name)
@@ -88,7 +86,7 @@ QLabel* ColorBox(QWidget* parent, const QString& name, const QString& tip)
 // chooses the option as a click on the button does.
 void AddImageOptions(QGroupBox* panel, QGridLayout* grid, int count, const QString& optName, const QString& imgName,
                      const QString& iconPrefix, const QStringList& tips, std::vector<QRadioButton*>& options,
-                     std::vector<QToolButton*>* images, int columns = 2)
+                     std::vector<QToolButton*>& images, int columns = 2)
 {
     auto* group = new QButtonGroup(panel);
     for (int i = 0; i < count; ++i) {
@@ -102,18 +100,29 @@ void AddImageOptions(QGroupBox* panel, QGridLayout* grid, int count, const QStri
         const int row = i / columns;
         const int column = (i % columns) * 2;
         grid->addWidget(option, row, column);
-        if (images) {
-            QToolButton* image = ImageButton(panel, QStringLiteral("%1_%2").arg(imgName).arg(i),
-                                             QStringLiteral("%1_%2").arg(iconPrefix).arg(i), tips.value(i), QSize(32, 16));
-            images->push_back(image);
-            grid->addWidget(image, row, column + 1);
-        }
+        QToolButton* image = frmTsMainPro::ImageButton(panel, QStringLiteral("%1_%2").arg(imgName).arg(i),
+                                                       QStringLiteral("%1_%2").arg(iconPrefix).arg(i), tips.value(i),
+                                                       QSize(32, 16));
+        images.push_back(image);
+        grid->addWidget(image, row, column + 1);
     }
     if (!options.empty())
         options.front()->setChecked(true);
 }
 
 } // namespace
+
+QToolButton* frmTsMainPro::ImageButton(QWidget* parent, const QString& name, const QString& icon, const QString& tip,
+                                       QSize iconSize)
+{
+    auto* button = new QToolButton(parent);
+    button->setObjectName(name);
+    button->setIcon(QIcon(QStringLiteral(":/icons/%1.svg").arg(icon)));
+    button->setIconSize(iconSize);
+    button->setToolTip(tip);
+    button->setAutoRaise(true);
+    return button;
+}
 
 void frmTsMainPro::BuildToolbox()
 {
@@ -236,15 +245,12 @@ void frmTsMainPro::BuildOptionPanels(QVBoxLayout* layout)
                         QStringLiteral("brush_style"),
                         {tr("Normal"), tr("Round"), tr("Forward diagonal"), tr("Backward diagonal"), tr("Horizontal"),
                          tr("Vertical"), tr("Smoothed round"), tr("Spray"), tr("Custom")},
-                        optBrushStyle, &imgBrushStyle);
+                        optBrushStyle, imgBrushStyle);
         v->addLayout(grid);
         auto* custom = new QHBoxLayout;
         cmdCustomBrush = ImageButton(panel, QStringLiteral("cmdCustomBrush"), QStringLiteral("custom_brush"),
                                      tr("Load a custom brush"));
-        picCustomBrush = new QLabel(panel);
-        picCustomBrush->setObjectName(QStringLiteral("picCustomBrush"));
-        picCustomBrush->setFixedSize(32, 32);
-        picCustomBrush->setFrameShape(QFrame::StyledPanel);
+        picCustomBrush = PreviewBox(panel, QStringLiteral("picCustomBrush"), 32);
         cboCustomBrushShape = NamedCombo(panel, QStringLiteral("cboCustomBrushShape"));
         cboCustomBrushShape->setToolTip(tr("Shape of the custom brush"));
         custom->addWidget(cmdCustomBrush);
@@ -269,15 +275,12 @@ void frmTsMainPro::BuildOptionPanels(QVBoxLayout* layout)
                         QStringLiteral("fill_pattern"),
                         {tr("Solid"), tr("Dot style 1"), tr("Dot style 2"), tr("Horizontal line"), tr("Vertical line"),
                          tr("Forward diagonal"), tr("Backward diagonal"), tr("Cross"), tr("Diagonal cross"), tr("Custom")},
-                        optFillPattern, &imgPatternOption);
+                        optFillPattern, imgPatternOption);
         v->addLayout(grid);
         auto* custom = new QHBoxLayout;
         cmdCustomPattern = ImageButton(panel, QStringLiteral("cmdCustomPattern"), QStringLiteral("custom_pattern"),
                                        tr("Load a custom pattern"));
-        picCustomPattern = new QLabel(panel);
-        picCustomPattern->setObjectName(QStringLiteral("picCustomPattern"));
-        picCustomPattern->setFixedSize(32, 32);
-        picCustomPattern->setFrameShape(QFrame::StyledPanel);
+        picCustomPattern = PreviewBox(panel, QStringLiteral("picCustomPattern"), 32);
         custom->addWidget(cmdCustomPattern);
         custom->addWidget(picCustomPattern);
         custom->addStretch(1);
@@ -325,7 +328,7 @@ void frmTsMainPro::BuildOptionPanels(QVBoxLayout* layout)
                         {tr("Solid (non-square brush)"), tr("Solid (square brush)"), tr("Dash"), tr("Dot"),
                          tr("Dash dot"), tr("Dash dot dot"), tr("Arrow at one end"), tr("Arrows at both ends"),
                          QStringLiteral("Antialiased line  (fixed brush at 2 only)")},
-                        optLineType, &imgToolOptionLine);
+                        optLineType, imgToolOptionLine);
     }
     // 4: filled Bezier colour.
     {
@@ -351,7 +354,7 @@ void frmTsMainPro::BuildOptionPanels(QVBoxLayout* layout)
         AddImageOptions(panel, grid, 4, QStringLiteral("optRectangleCornerShape"), QStringLiteral("imgRectangleOption"),
                         QStringLiteral("rect_corner"),
                         {tr("Normal"), tr("Small rounded"), tr("Medium rounded"), tr("Large rounded")},
-                        optRectangleCornerShape, &imgRectangleOption);
+                        optRectangleCornerShape, imgRectangleOption);
     }
     // 6: oval.
     {
@@ -378,10 +381,7 @@ void frmTsMainPro::BuildOptionPanels(QVBoxLayout* layout)
                                            tr("Make a stamp from text")));
         cmdStampLoad.push_back(ImageButton(panel, QStringLiteral("cmdStampLoad_1"), QStringLiteral("stamp_image"),
                                            tr("Load a stamp from a picture")));
-        picStamp = new QLabel(panel);
-        picStamp->setObjectName(QStringLiteral("picStamp"));
-        picStamp->setFixedSize(48, 48);
-        picStamp->setFrameShape(QFrame::StyledPanel);
+        picStamp = PreviewBox(panel, QStringLiteral("picStamp"), 48);
         row->addWidget(cmdStampLoad[0]);
         row->addWidget(cmdStampLoad[1]);
         row->addWidget(picStamp);
@@ -608,10 +608,7 @@ void frmTsMainPro::imgSwapColor_Click()
 
 void frmTsMainPro::OpenColorChart(int target, int mode)
 {
-    if (QWidget* old = basTsMainPro::FindForm(QStringLiteral("frmTsColorChart"))) {
-        old->setObjectName(QString());
-        old->close();
-    }
+    basTsMainPro::UnloadForm(QStringLiteral("frmTsColorChart"));
     basTsMainPro::ChartTarget = static_cast<basTsMainPro::ColorChartTarget>(target);
     basTsMainPro::ChartMode = static_cast<basTsMainPro::ColorChartMode>(mode);
     if (QWidget* chart = basTsMainPro::CreateForm(QStringLiteral("frmTsColorChart"))) {
