@@ -33,9 +33,11 @@ run: build
 	@scripts/run.sh $(BUILD)
 
 bench: deps
-	cmake -S . -B build-release -G Ninja -DCMAKE_BUILD_TYPE=Release -DTESSAVO_TESTS=OFF -DTESSAVO_CORE_ONLY=ON
-	cmake --build build-release --target bench_raster -j $(JOBS)
+	cmake -S . -B build-release -G Ninja -DCMAKE_BUILD_TYPE=Release -DTESSAVO_TESTS=OFF -DTESSAVO_CORE_ONLY=OFF
+	cmake --build build-release --target bench_raster bench_drawing bench_canvas -j $(JOBS)
 	build-release/bench/bench_raster
+	build-release/bench/bench_drawing
+	QT_QPA_PLATFORM=offscreen build-release/bench/bench_canvas
 
 # libFuzzer targets, built with clang and the sanitizers in build-fuzz.
 fuzz: deps

@@ -114,7 +114,8 @@ QRect DrawBarbs(const PixelArray32& Pixels, const basLine::ArrowBarbs& Head, uin
 
 basLine::ArrowBarbs Barbs(int X1, int Y1, int X2, int Y2, int BrushSize, bool AtStart)
 {
-    const double Angle = X2 == X1 ? 90.0 : std::atan(static_cast<double>(Y2 - Y1) / (static_cast<double>(X2) - X1)) * 180 / Pi;
+    const double Rise = static_cast<double>(Y2) - Y1, Run = static_cast<double>(X2) - X1;
+    const double Angle = X2 == X1 ? 90.0 : std::atan(Rise / Run) * 180 / Pi;
     const double L = BrushSize < 8 ? 8.0 : BrushSize;
     double D = 0;
     if (X2 > X1 || (X2 == X1 && Y2 > Y1))

@@ -173,6 +173,8 @@ private:
     void ToolUp(QMouseEvent* Event, QPoint Image, QPoint Display);
     QPoint Constrained(QPoint Image, Qt::KeyboardModifiers Modifiers) const;
     void Dab(QPoint Image);
+    // The custom brush of this stroke: the loaded brush and mask, cut to an oval for shape 0.
+    bool PrepareCustomBrush();
     void Changed(const QRect& ImageBox);
     void TakeSnapshot();
     void RestoreSnapshot();
@@ -227,6 +229,7 @@ private:
     QPoint GlassPos;
     QRect GlassLast;
     clsDIB DIBGlassCopy;
+    clsDIB StrokeBrush, StrokeMask;
     // The edge drag.
     QLabel* GripDragged = nullptr;
     QPoint GripStart;

@@ -74,7 +74,7 @@ void ucCanvas::ToolDown(QMouseEvent* Event, QPoint Image, QPoint Display)
         if (Event->button() != Qt::LeftButton)
             return;
         // A custom brush that is not loaded does nothing at all.
-        if (Op == OpPaint && BrushStyle == 8 && (!DIBCustomBrush.DIBBitsPtr() || !DIBCustomBrushMask.DIBBitsPtr()))
+        if (Op == OpPaint && BrushStyle == 8 && !PrepareCustomBrush())
             return;
         StrokeActive = true;
         ColorR = ::ColorR(ColorToUse);
@@ -120,7 +120,7 @@ void ucCanvas::ToolMove(QMouseEvent* Event, QPoint Image, QPoint)
         if (At == LastDab)
             return;
         if (Op == OpPaint && BrushStyle == 8 &&
-            !basBrush::CustomDabDue(LastDab.x(), LastDab.y(), At.x(), At.y(), DIBCustomBrush.DIBWidth()))
+            !basBrush::CustomDabDue(LastDab.x(), LastDab.y(), At.x(), At.y(), StrokeBrush.DIBWidth()))
             return;
         Dab(At);
         break;
@@ -197,6 +197,26 @@ void ucCanvas::ToolUp(QMouseEvent* Event, QPoint Image, QPoint)
     }
 }
 
+bool ucCanvas::PrepareCustomBrush()
+{
+    const int W = DIBCustomBrush.DIBWidth();
+    const int H = DIBCustomBrush.DIBHeight();
+    if (!DIBCustomBrush.DIBBitsPtr() || !DIBCustomBrushMask.DIBBitsPtr() || DIBCustomBrushMask.DIBWidth() != W ||
+        DIBCustomBrushMask.DIBHeight() != H)
+        return false;
+    if (!StrokeBrush.CreateBlankDIB(W, H, 32, 0, true) || !StrokeMask.CreateBlankDIB(W, H, 32, 0, true))
+        return false;
+    BitBlt(StrokeBrush.DIBhDC(), 0, 0, W, H, DIBCustomBrush.DIBhDC(), 0, 0, SRCCOPY);
+    BitBlt(StrokeMask.DIBhDC(), 0, 0, W, H, DIBCustomBrushMask.DIBhDC(), 0, 0, SRCCOPY);
+    if (CustomBrushShape == 0) {
+        // The oval cuts the brush; the loaded mask still keeps its own transparent parts.
+        clsDIB Oval;
+        if (basBrush::MakeCustomBrushMask(StrokeBrush, Oval, 0))
+            BitBlt(StrokeMask.DIBhDC(), 0, 0, W, H, Oval.DIBhDC(), 0, 0, SRCPAINT);
+    }
+    return true;
+}
+
 QPoint ucCanvas::Constrained(QPoint Image, Qt::KeyboardModifiers Modifiers) const
 {
     // Shift keeps the stroke straight vertically, Ctrl straight horizontally.
@@ -217,7 +237,7 @@ void ucCanvas::Dab(QPoint At)
     } else if (BrushStyle == 0) {
         Box = basBrush::BoxDab(DIB, At.x(), At.y(), BrushSize, ColorToUse);
     } else if (BrushStyle == 8) {
-        Box = basBrush::CustomBrushDab(DIB, DIBCustomBrush, DIBCustomBrushMask, At.x(), At.y());
+        Box = basBrush::CustomBrushDab(DIB, StrokeBrush, StrokeMask, At.x(), At.y());
     } else {
         Box = basBrush::PaintBrushDab(DIB, At.x(), At.y(), BrushSize, PaintBrushTranslucencyPercent, BrushStyle,
                                       ColorToUse, SprayDensity);

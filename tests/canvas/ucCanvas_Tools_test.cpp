@@ -232,3 +232,86 @@ TEST_F(ToolTest, ViewModeOnlyScrolls)
     EXPECT_EQ(Changed.count(), 0);
     EXPECT_EQ(Count(White), 900);
 }
+
+namespace {
+// A solid square surface of colour C, and its all-black mask.
+void Square(clsDIB& Dib, int Side, uint32_t C)
+{
+    ASSERT_TRUE(Dib.CreateBlankDIB(Side, Side, 32, C, true));
+}
+}  // namespace
+
+TEST_F(ToolTest, CustomBrushStampsOnlyAtItsWidthAndTakesTheOvalShape)
+{
+    Open(60, 30);
+    Square(Canvas->DIBCustomBrush, 5, Red);
+    Square(Canvas->DIBCustomBrushMask, 5, Black);
+    Canvas->setCanvasOp(ucCanvas::OpPaint);
+    Canvas->BrushStyle = 8;
+    Canvas->CustomBrushShape = 1;
+    Press(10, 10);
+    for (int X : {12, 14, 15, 17, 19, 20})
+        Drag(X, 10);
+    Release(20, 10);
+    EXPECT_EQ(Count(Red), 3 * 25);  // at 10, 15 and 20: separate stamps
+    EXPECT_EQ(Pixel(8, 8), Red);    // top left = point less half the size
+    // The oval shape leaves the brush's corners out, and the loaded brush stays whole.
+    Open(60, 30);
+    Square(Canvas->DIBCustomBrush, 5, Red);
+    Square(Canvas->DIBCustomBrushMask, 5, Black);
+    Canvas->setCanvasOp(ucCanvas::OpPaint);
+    Canvas->BrushStyle = 8;
+    Canvas->CustomBrushShape = 0;
+    Click(10, 10);
+    EXPECT_EQ(Pixel(10, 10), Red);
+    EXPECT_EQ(Pixel(8, 8), White);
+    EXPECT_EQ(Canvas->DIBCustomBrush.DIBhDC()->GetPixel(0, 0), Red);
+}
+
+TEST_F(ToolTest, StampIsCentredOnTheClick)
+{
+    Open(30, 30);
+    Square(Canvas->DIBStamp, 3, Blue);
+    Square(Canvas->DIBStampMask, 3, Black);
+    Canvas->setCanvasOp(ucCanvas::OpStamp);
+    QSignalSpy Changed(Canvas.get(), &ucCanvas::PictureChanged);
+    Click(10, 10);
+    EXPECT_EQ(Count(Blue), 9);
+    EXPECT_EQ(Pixel(9, 9), Blue);
+    EXPECT_EQ(Pixel(11, 11), Blue);
+    EXPECT_EQ(Changed.count(), 1);
+}
+
+TEST_F(ToolTest, ArcThroughThreeClicks)
+{
+    Open(60, 60);
+    Canvas->setCanvasOp(ucCanvas::OpArc);
+    Canvas->ColorToUse = Red;
+    Canvas->BrushSize = 1;
+    QSignalSpy Circle(Canvas.get(), &ucCanvas::ArcCentreAndRadius);
+    QSignalSpy Changed(Canvas.get(), &ucCanvas::PictureChanged);
+    Click(10, 30);
+    Click(50, 30);
+    Hover(30, 15);  // the bulge follows the mouse before the last click
+    Click(30, 10);
+    ASSERT_FALSE(Circle.isEmpty());
+    EXPECT_EQ(Circle.last().at(0).toInt(), 30);
+    EXPECT_EQ(Circle.last().at(1).toInt(), 30);
+    EXPECT_NEAR(Circle.last().at(2).toDouble(), 20.0, 1e-9);
+    EXPECT_EQ(Pixel(30, 10), Red);
+    EXPECT_EQ(Pixel(30, 50), White);  // the other half of the circle is not drawn
+    EXPECT_EQ(Changed.count(), 1);
+}
+
+TEST_F(ToolTest, SprayPaintsScatteredPixelsInsideItsCircle)
+{
+    Open(200, 200);
+    Canvas->setCanvasOp(ucCanvas::OpSpray);
+    Canvas->ColorToUse = Red;
+    Canvas->BrushSize = 100;
+    Canvas->SprayDensity = 2;  // threshold 0.4: 36% of the disc
+    Click(100, 100);
+    const double Disc = 3.14159265 * 50 * 50;
+    EXPECT_NEAR(Count(Red) / Disc, 0.36, 0.03);
+    EXPECT_EQ(Pixel(100, 40), White);
+}
