@@ -22,12 +22,13 @@ build: configure
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
-# The headless layers and their tests again, under AddressSanitizer and UndefinedBehaviorSanitizer.
+# The headless layers and the canvas control with their tests again, under AddressSanitizer and
+# UndefinedBehaviorSanitizer.
 check-sanitize: deps
-	cmake -S . -B build-asan -G Ninja -DTESSAVO_SANITIZE=ON -DTESSAVO_BENCH=OFF -DTESSAVO_CORE_ONLY=ON
+	cmake -S . -B build-asan -G Ninja -DTESSAVO_SANITIZE=ON -DTESSAVO_BENCH=OFF -DTESSAVO_CORE_ONLY=ON -DTESSAVO_WITH_CANVAS=ON
 	cmake --build build-asan -j $(JOBS)
 	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-	  ctest --test-dir build-asan -L core --output-on-failure -j $(JOBS)
+	  ctest --test-dir build-asan -L 'core|ui' --output-on-failure -j $(JOBS)
 
 run: build
 	@scripts/run.sh $(BUILD)
