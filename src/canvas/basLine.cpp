@@ -65,10 +65,12 @@ QRect PenSegment(const PixelArray32& Pixels, QPointF A, QPointF B, uint32_t Word
     const double Half = std::clamp(Width, 1.0, 1e6) / 2;
     const double DX = B.x() - A.x(), DY = B.y() - A.y();
     double Length = std::hypot(DX, DY), UX = 1, UY = 0;
-    if (Length < Tolerance)
+    if (Length < Tolerance) {
         Length = 0;
-    else
-        UX = DX / Length, UY = DY / Length;
+    } else {
+        UX = DX / Length;
+        UY = DY / Length;
+    }
     const double NX = -UY, NY = UX;
     const double T0 = Ends == basLine::PenEnds::Square ? -Half : 0;
     const double T1 = Ends == basLine::PenEnds::Square ? Length + Half : Length;
@@ -176,7 +178,10 @@ QRect DrawPlainLine(clsDIB& Dib, int X1, int Y1, int X2, int Y2, uint32_t Color)
         if (!ClipToBox(A, B, -2, -2, W + 1, H + 1, T0, T1))
             return {};
         const QPointF P = A + (B - A) * T0, Q = A + (B - A) * T1;
-        XA = RoundToPixel(P.x()), YA = RoundToPixel(P.y()), XB = RoundToPixel(Q.x()), YB = RoundToPixel(Q.y());
+        XA = RoundToPixel(P.x());
+        YA = RoundToPixel(P.y());
+        XB = RoundToPixel(Q.x());
+        YB = RoundToPixel(Q.y());
     }
     const uint32_t Word = PixelArray32::ToWord(Color);
     const int64_t DX = std::llabs(XB - XA), DY = -std::llabs(YB - YA);
@@ -191,10 +196,14 @@ QRect DrawPlainLine(clsDIB& Dib, int X1, int Y1, int X2, int Y2, uint32_t Color)
         if (XA == XB && YA == YB)
             break;
         const int64_t Twice = 2 * Error;
-        if (Twice >= DY)
-            Error += DY, XA += SX;
-        if (Twice <= DX)
-            Error += DX, YA += SY;
+        if (Twice >= DY) {
+            Error += DY;
+            XA += SX;
+        }
+        if (Twice <= DX) {
+            Error += DX;
+            YA += SY;
+        }
     }
     return Touched;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "PixelArray32.h"
 #include "ScanRegion.h"
@@ -13,6 +14,7 @@ namespace {
 
 constexpr int CoordinateLimit = 1 << 30;
 constexpr int MaxPen = 1000;
+using AngleRange = std::pair<double, double>;
 
 // The two corners ordered, held well inside the range of int so that +1 and insets cannot overflow.
 void Order(int A, int B, int& Low, int& High)
@@ -39,6 +41,53 @@ QRect FillShape(clsDIB& Dib, int Left, int Top, int Right, int Bottom, uint32_t 
         Shape.Subtract(Make(static_cast<int>(Left + Inset), static_cast<int>(Top + Inset),
                             static_cast<int>(Right + 1 - Inset), static_cast<int>(Bottom + 1 - Inset)));
     return Shape.Fill(Dib, Color);
+}
+
+// Angles in [0, 2 pi] at which Centre + Radius * cos(angle - Shift) lies in [Low, High].
+std::vector<AngleRange> AnglesWithin(double Centre, double Radius, double Low, double High, double Shift)
+{
+    const double TwoPi = 2 * std::numbers::pi;
+    if (Radius <= 0)
+        return Centre >= Low && Centre <= High ? std::vector<AngleRange>{{0, TwoPi}} : std::vector<AngleRange>{};
+    const double CosLow = (Low - Centre) / Radius, CosHigh = (High - Centre) / Radius;
+    if (CosLow > 1 || CosHigh < -1)
+        return {};
+    const double A = std::acos(std::min(CosHigh, 1.0)), B = std::acos(std::max(CosLow, -1.0));
+    std::vector<AngleRange> Ranges;
+    for (AngleRange Range : {AngleRange{A, B}, AngleRange{TwoPi - B, TwoPi - A}}) {
+        Range.first += Shift;
+        Range.second += Shift;
+        if (Range.first >= TwoPi)
+            Range = {Range.first - TwoPi, Range.second - TwoPi};
+        if (Range.second > TwoPi) {
+            Ranges.push_back({Range.first, TwoPi});
+            Ranges.push_back({0, Range.second - TwoPi});
+        } else {
+            Ranges.push_back(Range);
+        }
+    }
+    return Ranges;
+}
+
+// The angles at which the oval's point can fall on the picture (one pixel around it counted),
+// widened by Margin, sorted and without overlaps, so no point is taken twice.
+std::vector<AngleRange> OvalAnglesOnPicture(double CX, double CY, double RX, double RY, int Width, int Height,
+                                            double Margin)
+{
+    std::vector<AngleRange> Both;
+    for (const AngleRange& X : AnglesWithin(CX, RX, -1, Width, 0))
+        for (const AngleRange& Y : AnglesWithin(CY, RY, -1, Height, std::numbers::pi / 2))
+            if (std::max(X.first, Y.first) <= std::min(X.second, Y.second))
+                Both.push_back({std::max(X.first, Y.first) - Margin, std::min(X.second, Y.second) + Margin});
+    std::sort(Both.begin(), Both.end());
+    std::vector<AngleRange> Merged;
+    for (const AngleRange& Range : Both) {
+        if (!Merged.empty() && Range.first <= Merged.back().second)
+            Merged.back().second = std::max(Merged.back().second, Range.second);
+        else
+            Merged.push_back(Range);
+    }
+    return Merged;
 }
 
 }  // namespace
@@ -79,9 +128,10 @@ QRect DrawOval(clsDIB& Dib, int X1, int Y1, int X2, int Y2, uint32_t Color, int 
 
 // The ellipse's centre and radii run through the centres of the box's edge pixels. The angle
 // steps by 0.53407073 / the larger radius, so neighbouring points lie about half a pixel apart;
-// radii are taken as at most 65536 for the step, which bounds the work for absurd boxes. Each
-// point is shared among its four neighbour pixels by the products of its fractional parts, as
-// whole weights out of 256 (truncated), and each pixel gains weight * channel / 256 of red,
+// only the steps whose point can fall on the picture are taken, and radii beyond 65536 step as
+// if they were 65536, which keeps absurd ovals cheap.
+// Each point is shared among its four neighbour pixels by the products of its fractional parts,
+// as whole weights out of 256 (truncated), and each pixel gains weight * channel / 256 of red,
 // green and blue, held at 255.
 QRect DrawOvalAntialiased(clsDIB& Dib, int X1, int Y1, int X2, int Y2, uint32_t Color)
 {
@@ -109,18 +159,21 @@ QRect DrawOvalAntialiased(clsDIB& Dib, int X1, int Y1, int X2, int Y2, uint32_t 
         Word = (static_cast<uint32_t>(NewR) << 16) | (static_cast<uint32_t>(NewG) << 8) | static_cast<uint32_t>(NewB);
         Touched |= QRect(IX, IY, 1, 1);
     };
-    const int Count = static_cast<int>(6.283185 / Step);
-    for (int I = 0; I <= Count; ++I) {
-        const double Angle = I * Step;
-        const double X = CX + RX * std::cos(Angle), Y = CY + RY * std::sin(Angle);
-        const double FloorX = std::floor(X), FloorY = std::floor(Y);
-        if (FloorX < -1 || FloorY < -1 || FloorX >= Pixels.Width() || FloorY >= Pixels.Height())
-            continue;
-        const double FX = X - FloorX, FY = Y - FloorY;
-        Add(FloorX, FloorY, (1 - FX) * (1 - FY));
-        Add(FloorX + 1, FloorY, FX * (1 - FY));
-        Add(FloorX, FloorY + 1, (1 - FX) * FY);
-        Add(FloorX + 1, FloorY + 1, FX * FY);
+    const int64_t Count = static_cast<int64_t>(6.283185 / Step);
+    for (const auto& [From, To] : OvalAnglesOnPicture(CX, CY, RX, RY, Pixels.Width(), Pixels.Height(), 2 * Step)) {
+        const int64_t Last = std::min(Count, static_cast<int64_t>(std::floor(To / Step)));
+        for (int64_t I = std::max<int64_t>(0, static_cast<int64_t>(std::ceil(From / Step))); I <= Last; ++I) {
+            const double Angle = static_cast<double>(I) * Step;
+            const double X = CX + RX * std::cos(Angle), Y = CY + RY * std::sin(Angle);
+            const double FloorX = std::floor(X), FloorY = std::floor(Y);
+            if (FloorX < -1 || FloorY < -1 || FloorX >= Pixels.Width() || FloorY >= Pixels.Height())
+                continue;
+            const double FX = X - FloorX, FY = Y - FloorY;
+            Add(FloorX, FloorY, (1 - FX) * (1 - FY));
+            Add(FloorX + 1, FloorY, FX * (1 - FY));
+            Add(FloorX, FloorY + 1, (1 - FX) * FY);
+            Add(FloorX + 1, FloorY + 1, FX * FY);
+        }
     }
     return Touched;
 }
