@@ -179,6 +179,8 @@ private:
     void TakeSnapshot();
     void RestoreSnapshot();
     void RestoreSnapshotBox(const QRect& ImageBox);
+    // Copies a box between two surfaces of one size; the box copied, empty when none.
+    static QRect CopyPixels(clsDIB& From, clsDIB& To, const QRect& ImageBox);
     // Display point of a picture pixel's centre, unclipped.
     QPoint PixelCentreOnDisplay(QPoint Image) const;
     // ucCanvas_Shapes.cpp

@@ -95,13 +95,7 @@ void ucCanvas::BuildGlassView()
 
 void ucCanvas::RestoreUnderGlass()
 {
-    PixelArray32 Pixels(DIB), Copy(DIBGlassCopy);
-    const QRect Box = GlassLast.intersected(QRect(0, 0, Pixels.Width(), Pixels.Height()));
-    if (!Pixels.Valid() || !Copy.Valid() || Box.isEmpty() || Copy.Width() != Pixels.Width() ||
-        Copy.Height() != Pixels.Height())
-        return;
-    for (int Y = Box.top(); Y <= Box.bottom(); ++Y)
-        std::copy(Copy.Row(Y) + Box.left(), Copy.Row(Y) + Box.right() + 1, Pixels.Row(Y) + Box.left());
+    CopyPixels(DIBGlassCopy, DIB, GlassLast);
 }
 
 void ucCanvas::DrawGlass()

@@ -267,14 +267,19 @@ void ucCanvas::RestoreSnapshot()
 
 void ucCanvas::RestoreSnapshotBox(const QRect& ImageBox)
 {
-    PixelArray32 Pixels(DIB), Snapshot(DIBSnapshot);
-    const QRect Box = ImageBox.intersected(QRect(0, 0, Pixels.Width(), Pixels.Height()));
-    if (!Pixels.Valid() || !Snapshot.Valid() || Box.isEmpty() || Snapshot.Width() != Pixels.Width() ||
-        Snapshot.Height() != Pixels.Height())
-        return;
+    RepaintImageBox(CopyPixels(DIBSnapshot, DIB, ImageBox));
+}
+
+QRect ucCanvas::CopyPixels(clsDIB& From, clsDIB& To, const QRect& ImageBox)
+{
+    PixelArray32 Source(From), Target(To);
+    const QRect Box = ImageBox.intersected(QRect(0, 0, Target.Width(), Target.Height()));
+    if (!Source.Valid() || !Target.Valid() || Box.isEmpty() || Source.Width() != Target.Width() ||
+        Source.Height() != Target.Height())
+        return QRect();
     for (int Y = Box.top(); Y <= Box.bottom(); ++Y)
-        std::copy(Snapshot.Row(Y) + Box.left(), Snapshot.Row(Y) + Box.right() + 1, Pixels.Row(Y) + Box.left());
-    RepaintImageBox(Box);
+        std::copy(Source.Row(Y) + Box.left(), Source.Row(Y) + Box.right() + 1, Target.Row(Y) + Box.left());
+    return Box;
 }
 
 void ucCanvas::keyPressEvent(QKeyEvent* Event)

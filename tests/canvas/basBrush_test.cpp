@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "PixelArray32.h"
+#include "PixelMap.h"
 #include "basBrush.h"
 #include "clsDIB.h"
 
@@ -19,16 +20,7 @@ constexpr uint32_t Ink = 0x3366CC;
 // The picture as rows of characters: '.' for White, '#' for Ink, '?' for anything else.
 std::vector<std::string> Map(clsDIB& Dib)
 {
-    std::vector<std::string> Rows;
-    for (int Y = 0; Y < Dib.DIBHeight(); ++Y) {
-        std::string Row;
-        for (int X = 0; X < Dib.DIBWidth(); ++X) {
-            const uint32_t C = Dib.DIBhDC()->GetPixel(X, Y);
-            Row += C == White ? '.' : C == Ink ? '#' : '?';
-        }
-        Rows.push_back(Row);
-    }
-    return Rows;
+    return MapPixels(Dib, {{'.', White}, {'#', Ink}});
 }
 
 int CountInk(clsDIB& Dib)

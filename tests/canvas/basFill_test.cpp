@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "PixelArray32.h"
+#include "PixelMap.h"
 #include "basFill.h"
 #include "clsDIB.h"
 
@@ -16,27 +17,17 @@ constexpr uint32_t White = 0xFFFFFF;
 constexpr uint32_t Black = 0x000000;
 constexpr uint32_t Red = 0x0000FF;
 
+const PixelLegend Colors = {{'.', White}, {'#', Black}, {'r', Red}};
+
 // A picture drawn from rows of characters: '.' white, '#' black, 'r' red.
 void Draw(clsDIB& Dib, const std::vector<std::string>& Rows, bool TopDown = true)
 {
-    ASSERT_TRUE(Dib.CreateBlankDIB(static_cast<int>(Rows[0].size()), static_cast<int>(Rows.size()), 32, White, TopDown));
-    for (int Y = 0; Y < static_cast<int>(Rows.size()); ++Y)
-        for (int X = 0; X < static_cast<int>(Rows[0].size()); ++X)
-            Dib.DIBhDC()->SetPixelV(X, Y, Rows[Y][X] == '#' ? Black : Rows[Y][X] == 'r' ? Red : White);
+    DrawPixels(Dib, Rows, Colors, TopDown);
 }
 
 std::vector<std::string> Map(clsDIB& Dib)
 {
-    std::vector<std::string> Rows;
-    for (int Y = 0; Y < Dib.DIBHeight(); ++Y) {
-        std::string Row;
-        for (int X = 0; X < Dib.DIBWidth(); ++X) {
-            const uint32_t C = Dib.DIBhDC()->GetPixel(X, Y);
-            Row += C == White ? '.' : C == Black ? '#' : C == Red ? 'r' : '?';
-        }
-        Rows.push_back(Row);
-    }
-    return Rows;
+    return MapPixels(Dib, Colors);
 }
 
 basFill::FillBrush Brush(int Pattern, uint32_t Ink, uint32_t Flooded)
