@@ -1,6 +1,7 @@
 // The `tessavo` program: every window layer registers its windows, then the start-up routine runs.
 #include "basMain.h"
 #include "frmTsColorChart.h"
+#include "frmTsPaint.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -13,5 +14,6 @@ int main(int argc, char** argv)
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/tessavo.svg")));
     QGuiApplication::setDesktopFileName(QStringLiteral("tessavo"));
     frmTsColorChart::Register();
+    frmTsPaint::Register();
     return basMain::Main(app);
 }

@@ -103,6 +103,9 @@ void ucCanvas::setCanvasOp(int32_t Value)
 {
     if (Value == Op && Value != OpScroll)
         return;
+    // Leaving the region tools merges the region where it stands.
+    if (RegionOn || RegionSelecting)
+        DropRegion();
     if (Op == OpGlass && Value != OpGlass)
         GlassOnOff(false);
     if (Op == OpBezier)
@@ -187,6 +190,7 @@ void ucCanvas::UpdateDisplay()
 
 void ucCanvas::AfterDisplayUpdate()
 {
+    SyncRegionBox();
     PlaceGrips();
     updateBezierNodePositions();
 }
@@ -195,6 +199,7 @@ void ucCanvas::AfterScroll(bool ReportNodes)
 {
     if (ReportNodes)
         updateBezierNodePositions();
+    SyncRegionBox();
     if (RegionOn || Op == OpGlass)
         picDisp->update();
 }
@@ -257,7 +262,7 @@ void ucCanvas::UpdateCursor()
     case OpOval:
     case OpFilledOval: Name = "OVAL"; break;
     case OpRegion:
-    case OpOvalRegion: Name = (PasteOn || PasteOnText) ? "PASTEDRAG" : "REGION"; break;
+    case OpOvalRegion: Name = (PasteFlag || PasteTextFlag) ? "PASTEDRAG" : "REGION"; break;
     case OpStamp: Name = "STAMP"; break;
     case OpSpray: Name = "SPRAY"; break;
     case OpReplaceColor: Name = "REPLACE"; break;
@@ -282,11 +287,7 @@ void ucCanvas::CanvasCleanse()
     RubberKind = 0;
     ArcStage = 0;
     StrokeActive = false;
-    RegionOn = false;
-    RegionLeft = RegionRight = RegionTop = RegionBottom = 0;
-    DIBRegion.ClearUp();
-    DIBRegionMask.ClearUp();
-    DIBSnapshot.ClearUp();
+    EndRegion();
     DIBGlassView.ClearUp();
     ClearView();
     emit ViewChanged();
@@ -307,6 +308,11 @@ void ucCanvas::doRotateOperation(int16_t Mode)
 {
     if (!DIB.DIBBitsPtr())
         return;
+    // The region is merged first: its box would not survive the turn.
+    if (RegionOn || RegionSelecting) {
+        EndRegion();
+        emit RegionDropped();
+    }
     DIB.RotateDIB(DIB, Mode);
     CanvasResize();
     emit PictureChanged();
@@ -328,7 +334,7 @@ void ucCanvas::OnTimer()
         return;
     }
     // During a drag the marquee stands still.
-    if (StrokeActive || QApplication::mouseButtons() != Qt::NoButton)
+    if (StrokeActive || RegionDragging || QApplication::mouseButtons() != Qt::NoButton)
         return;
     if (SuspendAntsMarching || UseAlternativeRegionMarquee)
         return;
@@ -340,9 +346,10 @@ void ucCanvas::PaintOverlay(QPainter& Painter)
 {
     CanvasView::PaintOverlay(Painter);
     Painter.setRenderHint(QPainter::Antialiasing, false);
-    if (RegionOn) {
+    // The marquee, or while selecting the rubber box, which is the marquee standing still.
+    if ((RegionOn || RegionSelecting) && RegionRight >= RegionLeft && RegionBottom >= RegionTop) {
         const QRectF Box(RegionLeft, RegionTop, RegionRight - RegionLeft, RegionBottom - RegionTop);
-        const bool Oval = Op == OpOvalRegion;
+        const bool Oval = RegionOn ? RegionOval : Op == OpOvalRegion;
         auto Draw = [&](const QPen& Pen) {
             Painter.setPen(Pen);
             Painter.setBrush(Qt::NoBrush);
@@ -357,7 +364,7 @@ void ucCanvas::PaintOverlay(QPainter& Painter)
             Draw(QPen(Qt::white, 1));
             QPen Ants(Qt::black, 1, Qt::CustomDashLine);
             Ants.setDashPattern({4, 4});
-            Ants.setDashOffset(SuspendAntsMarching ? 0 : AntsPhase);
+            Ants.setDashOffset((SuspendAntsMarching || RegionSelecting) ? 0 : AntsPhase);
             Draw(Ants);
         }
     }

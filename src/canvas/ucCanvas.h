@@ -83,18 +83,26 @@ public:
     bool AllowAntialiasing = true;
     bool SuspendAntsMarching = false;
     QString FileExtAllowed;
-    // The region and paste state, kept here for the region tools.
-    bool RegionMoveReady = false;
+    // How a region is laid on the picture, read at each placement: transparent (the mask keeps
+    // the key colour out), translucent at TranslucentPercent (with TranslucentTransparent the
+    // mask keeps the key colour out of the blend). A selection is keyed on TransparentColor when
+    // it is lifted; a paste sets these for itself and puts them back when it ends.
     bool RegionTransparent = false;
     bool RegionTranslucent = false;
     bool TranslucentTransparent = false;
     int16_t TranslucentPercent = 0;
-    bool PasteOn = false;
-    bool PasteOnText = false;
+    // Set by a translucent placement until the region is dropped.
     bool TranslucencyPending = false;
-    // The region's box on screen, in display pixels, and whether one is up.
+    // The region's box on screen, in display pixels of picDisp (right and bottom are the last
+    // pixels inside), and whether one is up. The box follows its picture pixels through
+    // scrolling, zoom and resizing.
     bool RegionOn = false;
     float RegionLeft = 0, RegionRight = 0, RegionTop = 0, RegionBottom = 0;
+    // Edge bands: a press this many display pixels inside the box's edge (a quarter of the box's
+    // side when that is less) resizes instead of moving. An edge drag never leaves a side of the
+    // box at RegionMinEdgeSize display pixels or less.
+    static constexpr int RegionEdgeBand = 4;
+    static constexpr int RegionMinEdgeSize = 15;
 
     // Interface operations.
     void CanvasCleanse();
@@ -119,6 +127,64 @@ public:
     QPoint GlassPosition() const { return GlassPos; }
     // Whether the edge grips show.
     bool GripsShowing() const;
+
+    // Regions (operations 11 and 12) and paste. The mouse selects, moves (Ctrl+drag copies),
+    // resizes by the edges and drops; these are the host's handles on the same machinery.
+    // True for operation 11 or 12 with a picture and a region of at least 1 by 1; setting it
+    // false ends the region where it stands (paste flags cleared, box zeroed) without events.
+    bool RegionMoveReady() const;
+    void setRegionMoveReady(bool Value);
+    // Setting either false with a region up merges the region where it stands, passes through
+    // operation 18 and back, and raises events 9 and 5.
+    bool PasteOn() const { return PasteFlag; }
+    void setPasteOn(bool Value);
+    bool PasteOnText() const { return PasteTextFlag; }
+    void setPasteOnText(bool Value);
+    // Lays Image (any depth) over the picture as a lifted region at the visible top left, in
+    // operation 11 with PasteOn set; the picture beneath is not cut. Kind 0 opaque; 1 transparent
+    // where the image has the colour of its top left pixel; 2 that key kept out and the rest
+    // blended at Percent; 3 all of it blended at Percent. A region already up is dropped first.
+    // Raises event 8. False with no picture, no image or an unknown kind. For pasted text the host
+    // sets PasteOnText afterwards.
+    bool BeginPaste(clsDIB& Image, int Kind, int16_t Percent = 100);
+    bool HasRegion() const { return RegionOn; }
+    bool RegionLifted() const { return RegionMoving; }
+    // The region in picture pixels (it may reach beyond the picture); empty without one.
+    QRect RegionImageBox() const;
+    // The same as first and last columns and rows.
+    void GetRegionData(int& Left, int& Right, int& Top, int& Bottom) const;
+    // Merges the region where it stands: event 9, and event 5 when it was lifted.
+    void DropRegion();
+    // Takes the region away without merging it: the picture beneath comes back (a paste leaves
+    // no trace; a moved selection leaves its place cut, event 5). Event 9. For replacing pasted
+    // text with its edited version.
+    void DiscardRegion();
+    // Fills the region's place with TransparentColor (its ellipse for an oval region) and drops
+    // it, event 5. Nothing without a region.
+    void CutRegion();
+    // The region's image as a top-down 32-bit surface, its masked-out pixels in the key colour;
+    // false without a region.
+    bool CopyRegionTo(clsDIB& Out);
+    // The picture becomes the region's box (parts beyond the old picture in TransparentColor),
+    // scrolled to the start; events 9 and 5. False, and nothing changes, without a region or when
+    // the box is under 10 pixels in width or height.
+    bool CropToRegion();
+    // Lifts the region: its pixels go to DIBRegion (the outside of an oval region masked out and
+    // cleared), the place is filled with TransparentColor unless Copy, and DIBSnapshot takes the
+    // picture beneath. Raises event 2.
+    void PrepareRegionDragging(bool Copy = false);
+    // Puts the picture back where the region stood and lays the region at its box.
+    void UpdateRegionDragging();
+    // Blends the region into Target with its top left at At.
+    void UpdateRegionDragging_Process_Translucent(clsDIB& Target, QPoint At);
+    // Moves the region by Dx, Dy display pixels (whole picture pixels). The box already follows
+    // its picture pixels when the view scrolls, zooms or resizes, so a maximise needs no call
+    // unless the picture itself moved inside picDisp.
+    void AdjustRegionDispPosition_After_FormMax(int Dx, int Dy);
+    // Where DIBRegionMask is white, DIBRegion becomes black: the image of an image and mask pair.
+    void ClearAreasOutsideImageShape();
+    // Fills the ellipse inscribed in Box on Target with Color, or with Outside the rest of Box.
+    static void CutRegionOval(clsDIB& Target, const QRect& Box, uint32_t Color, bool Outside);
 
 signals:
     void PastedTextRightClicked();                        // event 4
@@ -183,6 +249,28 @@ private:
     static QRect CopyPixels(clsDIB& From, clsDIB& To, const QRect& ImageBox);
     // Display point of a picture pixel's centre, unclipped.
     QPoint PixelCentreOnDisplay(QPoint Image) const;
+    // ucCanvas_Region.cpp: selecting, hits, moving and resizing by the mouse.
+    void RegionDown(QMouseEvent* Event, QPoint Image, QPoint Display);
+    void RegionMove(QMouseEvent* Event, QPoint Image, QPoint Display);
+    void RegionUp(QMouseEvent* Event, QPoint Image, QPoint Display);
+    // -1 outside the box, -2 in the box but off an oval's ellipse, 0 inside, 1 to 4 an edge band.
+    int RegionHit(QPoint Display, QPoint Image) const;
+    void RegionHover(QPoint Display, QPoint Image);
+    void SelectTo(QPoint Image, bool Square);
+    void EdgeTo(QPoint Display);
+    // Display pixels covered by Count picture columns (rows) from Start.
+    int DisplayExtent(int Start, int Count, bool Horizontal) const;
+    // The box on screen from the box in picture pixels.
+    void SyncRegionBox();
+    void ReportRegionBox();
+    // The region's surfaces, and their laying on a target with the top left at At.
+    bool BuildRegionImage(const QRect& Box, clsDIB& Image, clsDIB& Mask, bool& Holes);
+    void PlaceRegion(clsDIB& Target, QPoint At);
+    void StretchRegion(QSize Size);
+    // ucCanvas_Paste.cpp: ends the region where it stands, quietly; true when it was lifted.
+    bool EndRegion();
+    void SetPasteFlag(bool& Flag, bool Value);
+
     // ucCanvas_Shapes.cpp
     void ShapeDown(QMouseEvent* Event, QPoint Image);
     void ShapeMove(QMouseEvent* Event, QPoint Image);
@@ -238,4 +326,24 @@ private:
     QSize GripSize;
     // The marquee's dash phase.
     int AntsPhase = 0;
+    // The region: the box in picture pixels, where the lifted image stands in the picture now
+    // (empty when nowhere), and the mouse's work on it.
+    bool PasteFlag = false;
+    bool PasteTextFlag = false;
+    bool RegionSelecting = false;  // the rubber box is being drawn
+    bool RegionMoving = false;     // lifted: DIBRegion holds the image, DIBSnapshot the picture beneath
+    bool RegionDragging = false;   // a move or an edge drag is under way
+    bool RegionOval = false;
+    bool RegionHasHoles = false;   // the mask has white: oval or keyed
+    int16_t RegionEdge = 0;        // 0 none, 1 top, 2 right, 3 bottom, 4 left
+    QPoint RegionAnchor, RegionGrab;
+    QRect RegionBox, RegionPlaced;
+    uint32_t RegionKeyColor = 0;
+    // The laying flags as they were before a paste set its own.
+    struct LayingFlags {
+        bool Transparent = false, Translucent = false, TranslucentTransparent = false;
+        int16_t Percent = 0;
+    };
+    bool PasteSetFlags = false;
+    LayingFlags FlagsBeforePaste;
 };

@@ -104,11 +104,13 @@ void ucCanvas::ToolDown(QMouseEvent* Event, QPoint Image, QPoint Display)
         if (Event->button() == Qt::LeftButton)
             StrokeActive = true;
         break;
+    case OpRegion:
+    case OpOvalRegion: RegionDown(Event, Image, Display); break;
     default: break;
     }
 }
 
-void ucCanvas::ToolMove(QMouseEvent* Event, QPoint Image, QPoint)
+void ucCanvas::ToolMove(QMouseEvent* Event, QPoint Image, QPoint Display)
 {
     switch (Op) {
     case OpPaint:
@@ -140,11 +142,13 @@ void ucCanvas::ToolMove(QMouseEvent* Event, QPoint Image, QPoint)
             picDisp->update();
         }
         break;
+    case OpRegion:
+    case OpOvalRegion: RegionMove(Event, Image, Display); break;
     default: break;
     }
 }
 
-void ucCanvas::ToolUp(QMouseEvent* Event, QPoint Image, QPoint)
+void ucCanvas::ToolUp(QMouseEvent* Event, QPoint Image, QPoint Display)
 {
     switch (Op) {
     case OpPaint:
@@ -193,6 +197,8 @@ void ucCanvas::ToolUp(QMouseEvent* Event, QPoint Image, QPoint)
     case OpFilledOval: ShapeUp(Event, Image); break;
     case OpArc: ArcUp(Event, Image); break;
     case OpBezier: BezierUp(Image); break;
+    case OpRegion:
+    case OpOvalRegion: RegionUp(Event, Image, Display); break;
     default: break;
     }
 }
@@ -303,6 +309,11 @@ void ucCanvas::PictureKeyPress(QKeyEvent* Event)
     }
     if (RubberKind != 0 && (Op == OpLine || (Op >= OpRectangle && Op <= OpFilledOval)))
         StrokeActive = false;
+    if (RegionSelecting) {
+        RegionSelecting = false;
+        RegionBox = QRect();
+        SyncRegionBox();
+    }
     RubberKind = 0;
     picDisp->update();
 }

@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiArea>
+#include <QMenuBar>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMimeData>
@@ -68,6 +69,8 @@ frmTsMainPro::frmTsMainPro(const QString& commandLine, QWidget* parent)
             MDI_disableAllButtonsOnToolBar();
         else if (sub != nullptr)
             SetDocumentToolBarEnabled(true);
+        if (sub != nullptr || MdiArea->subWindowList().isEmpty())
+            ShowMenusOf(sub ? sub->widget() : nullptr);
     });
 
     // The address later starts hand their file names to.
@@ -398,4 +401,23 @@ void frmTsMainPro::dropEvent(QDropEvent* event)
             OpenFromCommandLine(url.toLocalFile());
     }
     event->acceptProposedAction();
+}
+
+void frmTsMainPro::ShowMenusOf(QWidget* child)
+{
+    // A document brings its menus in a hidden bar named "DocumentMenuBar"; while it is active they
+    // stand in the frame's bar before Options and Help, in place of the frame's File menu.
+    QMenuBar* bar = menuBar();
+    for (const QPointer<QAction>& action : ShownDocumentMenus)
+        if (action)
+            bar->removeAction(action);
+    ShownDocumentMenus.clear();
+    QMenuBar* documentBar = child ? child->findChild<QMenuBar*>(QStringLiteral("DocumentMenuBar")) : nullptr;
+    mnuFile->menuAction()->setVisible(documentBar == nullptr);
+    if (documentBar == nullptr)
+        return;
+    for (QAction* action : documentBar->actions()) {
+        bar->insertAction(mnuOptions->menuAction(), action);
+        ShownDocumentMenus.push_back(action);
+    }
 }

@@ -8,6 +8,7 @@
 #include "basSettings.h"
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QSize>
 #include <QString>
 
@@ -242,4 +243,9 @@ public:
     QString TemporaryFile;
     // Marks a tool pressed: checks its image and moves shpTool over it.
     void PressToolImage(int index);
+    // Puts the menus of a document (its hidden "DocumentMenuBar") in the frame's bar; null restores.
+    void ShowMenusOf(QWidget* child);
+
+private:
+    std::vector<QPointer<QAction>> ShownDocumentMenus;
 };

@@ -1,0 +1,112 @@
+// The document's own menus. While the document is active the frame shows them in its menu bar in
+// place of its own File menu and document menus.
+#include <QAction>
+#include <QLocale>
+#include <QMenu>
+#include <QMenuBar>
+
+#include "basTsMainPro.h"
+#include "frmTsMainPro.h"
+#include "frmTsPaint.h"
+#include "ucCanvas.h"
+
+QAction* frmTsPaint::AddAction(QMenu* Menu, const QString& Name, const QString& Caption, const QKeySequence& Keys)
+{
+    auto* Action = new QAction(Caption, this);
+    Action->setObjectName(Name);
+    if (!Keys.isEmpty()) {
+        Action->setShortcut(Keys);
+        Action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        addAction(Action);
+    }
+    Menu->addAction(Action);
+    return Action;
+}
+
+void frmTsPaint::BuildMenus()
+{
+    DocumentMenuBar = new QMenuBar(this);
+    DocumentMenuBar->setObjectName(QStringLiteral("DocumentMenuBar"));
+    DocumentMenuBar->setNativeMenuBar(false);
+    DocumentMenuBar->hide();
+
+    mnuFile = DocumentMenuBar->addMenu(tr("&File"));
+    mnuFile->setObjectName(QStringLiteral("mnuFile"));
+    connect(AddAction(mnuFile, "mnuFileNew", tr("&New ...."), QKeySequence::New), &QAction::triggered, this,
+            &frmTsPaint::Do_cmdFileNewClick);
+    connect(AddAction(mnuFile, "mnuFileOpen", tr("&Open ...."), QKeySequence::Open), &QAction::triggered, this,
+            &frmTsPaint::Do_cmdFileOpenClick);
+    mnuFile->addSeparator();
+    connect(AddAction(mnuFile, "mnuFileSave", tr("&Save"), QKeySequence::Save), &QAction::triggered, this,
+            &frmTsPaint::mnuFileSave_Click);
+    QMenu* SaveAs = mnuFile->addMenu(tr("Save &As"));
+    SaveAs->setObjectName(QStringLiteral("mnuFileSaveAs"));
+    connect(AddAction(SaveAs, "mnuFileSaveBMPSub", tr("&BMP ...."), QKeySequence::SaveAs), &QAction::triggered, this,
+            [this] { SaveAsBMP(); });
+    // The other formats' writers arrive with their codecs.
+    for (const auto& [Name, Caption] :
+         {std::pair{"mnuFileSaveTGASub", "&TGA ...."}, std::pair{"mnuFileSavePCXSub", "P&CX ...."},
+          std::pair{"mnuFileSaveJPGSub", "&JPG ...."}, std::pair{"mnuFileSaveGIFSub", "&GIF ...."},
+          std::pair{"mnuFileSavePNGSub", "&PNG ...."}, std::pair{"mnuFileSaveTIFSub", "T&IF ...."},
+          std::pair{"mnuFileSaveICOSub", "&ICO ...."}, std::pair{"mnuFileSaveCURSub", "C&UR ...."}})
+        AddAction(SaveAs, Name, tr(Caption))->setEnabled(false);
+    mnuFile->addSeparator();
+    connect(AddAction(mnuFile, "mnuFileClose", tr("&Close"), QKeySequence::Close), &QAction::triggered, this,
+            &frmTsPaint::mnuFileClose_Click);
+    connect(AddAction(mnuFile, "mnuFileCloseAll", tr("Close A&ll")), &QAction::triggered, this,
+            &frmTsPaint::mnuFileCloseAll_Click);
+    mnuFile->addSeparator();
+    connect(AddAction(mnuFile, "mnuFileExit", tr("E&xit")), &QAction::triggered, this, [] {
+        if (frmTsMainPro* F = frmTsMainPro::Instance())
+            F->mnuFileExit_Click();
+    });
+
+    mnuEdit = DocumentMenuBar->addMenu(tr("&Edit"));
+    mnuEdit->setObjectName(QStringLiteral("mnuEdit"));
+    const struct {
+        const char* Name;
+        const char* Caption;
+        QKeySequence Keys;
+        void (frmTsPaint::*Slot)();
+    } EditEntries[] = {
+        {"mnuEditUndoAll", "Undo &All", {}, &frmTsPaint::mnuEditUndoAll_Click},
+        {"mnuEditUndo", "&Undo", QKeySequence::Undo, &frmTsPaint::mnuEditUndo_Click},
+        {"mnuEditRedo", "&Redo", QKeySequence(Qt::CTRL | Qt::Key_Y), &frmTsPaint::mnuEditRedo_Click},
+        {"mnuEditCut", "Cu&t", QKeySequence::Cut, &frmTsPaint::mnuEditCut_Click},
+        {"mnuEditCopy", "&Copy", QKeySequence::Copy, &frmTsPaint::mnuEditCopy_Click},
+        {"mnuEditPaste", "&Paste", QKeySequence::Paste, &frmTsPaint::mnuEditPaste_Click},
+        {"mnuEditPasteTransparent", "Paste &Transparent", {}, &frmTsPaint::mnuEditPasteTransparent_Click},
+    };
+    for (const auto& Entry : EditEntries) {
+        QAction* Action = AddAction(mnuEdit, Entry.Name, tr(Entry.Caption), Entry.Keys);
+        connect(Action, &QAction::triggered, this, Entry.Slot);
+        mnuEditSub.push_back(Action);
+        if (QString::fromLatin1(Entry.Name) == "mnuEditRedo") {
+            Action->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_Y), QKeySequence::Redo});
+            mnuEdit->addSeparator();
+        }
+    }
+
+    mnuInquiry = DocumentMenuBar->addMenu(tr("&Inquiry"));
+    mnuInquiry->setObjectName(QStringLiteral("mnuInquiry"));
+    connect(mnuInquiry, &QMenu::aboutToShow, this, [this] {
+        mnuInquiry->clear();
+        const QString Unknown = QStringLiteral("-");
+        const bool Opened = OriginalWidth > 0;
+        const QString Texts[] = {
+            QStringLiteral("Original Image Size:  ") +
+                (Opened ? QStringLiteral("%1 x %2").arg(OriginalWidth).arg(OriginalHeight) : Unknown),
+            QStringLiteral("Current Net Size:  ") +
+                (Canvas->DIB.DIBBitsPtr()
+                     ? QStringLiteral("%1 x %2").arg(Canvas->DIB.DIBWidth()).arg(Canvas->DIB.DIBHeight())
+                     : Unknown),
+            QStringLiteral("Original image color depth:  ") +
+                (Opened ? QStringLiteral("%1-bit").arg(OriginalBitsPerPixel) : Unknown),
+            QStringLiteral("File Size:  ") + (OriginalFileSize > 0 ? QLocale().toString(OriginalFileSize) + " bytes"
+                                                                   : Unknown),
+        };
+        for (const QString& Text : Texts)
+            mnuInquiry->addAction(Text)->setEnabled(false);
+    });
+    updateEditButtons();
+}

@@ -1,0 +1,196 @@
+// The view commands of the toolbar: zoom, fit-in, the magnifying glass, the screen mode and the
+// jumps to the picture's corners; and the commands that arrive with later windows.
+#include <QLabel>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QMenu>
+#include <QToolButton>
+
+#include "basMsgBox.h"
+#include "basTsMainPro.h"
+#include "frmTsMainPro.h"
+#include "frmTsPaint.h"
+#include "ucCanvas.h"
+
+using namespace basMsgBox;
+
+namespace {
+constexpr int MaxMagnify = 8;
+}
+
+void frmTsPaint::Do_cmdZoomClick(int Index)
+{
+    if (!Canvas->DIB.DIBBitsPtr())
+        return;
+    int Factor = Canvas->Magnify();
+    if (Index == 0)
+        Factor = std::min(MaxMagnify, Factor + 1);
+    else if (Index == 1)
+        Factor = std::max(1, Factor - 1);
+    else
+        Factor = 1;
+    const QString Refusal = ucCanvas::MagnifyRefusalMessage(Canvas->DIB.DIBWidth(), Canvas->DIB.DIBHeight(), Factor);
+    if (!Refusal.isEmpty()) {
+        MsgBox(Refusal);
+        return;
+    }
+    if (Canvas->CanvasOp() == ucCanvas::OpGlass && Factor != 1)
+        Canvas->setCanvasOp(ucCanvas::OpScroll);
+    Canvas->setMagnify(static_cast<int16_t>(Factor));
+    Canvas->setFitInView(false);
+    if (frmTsMainPro* F = Frame()) {
+        F->ckbFitIn->setChecked(false);
+        F->cboMagnify->setCurrentIndex(Factor - 1);
+    }
+    UpdateDisplay();
+    Do_UpdateZoomButtons();
+}
+
+void frmTsPaint::Do_cboMagnifyClick()
+{
+    frmTsMainPro* F = Frame();
+    if (!F || !Canvas->DIB.DIBBitsPtr())
+        return;
+    const int Factor = F->cboMagnify->currentIndex() + 1;
+    const QString Refusal = ucCanvas::MagnifyRefusalMessage(Canvas->DIB.DIBWidth(), Canvas->DIB.DIBHeight(), Factor);
+    if (!Refusal.isEmpty()) {
+        MsgBox(Refusal);
+        F->cboMagnify->setCurrentIndex(Canvas->Magnify() - 1);
+        return;
+    }
+    Canvas->setMagnify(static_cast<int16_t>(Factor));
+    Canvas->setFitInView(false);
+    F->ckbFitIn->setChecked(false);
+    UpdateDisplay();
+    Do_UpdateZoomButtons();
+}
+
+void frmTsPaint::Do_ckbFitInClick()
+{
+    frmTsMainPro* F = Frame();
+    if (!F || !Canvas->DIB.DIBBitsPtr())
+        return;
+    if (Canvas->CanvasOp() == ucCanvas::OpGlass)
+        Canvas->setCanvasOp(ucCanvas::OpScroll);
+    Canvas->setFitInEvenIfSmaller(basTsMainPro::FitInEvenIfSmaller);
+    Canvas->setFitInView(F->ckbFitIn->isChecked());
+    UpdateDisplay();
+    Do_UpdateZoomButtons();
+}
+
+void frmTsPaint::Do_cmdGlassClick()
+{
+    if (!Canvas->DIB.DIBBitsPtr())
+        return;
+    if (Canvas->CanvasOp() == ucCanvas::OpGlass) {
+        Canvas->setCanvasOp(ucCanvas::OpScroll);
+        Do_UpdateGlassButton();
+        return;
+    }
+    const QString Refusal = Canvas->GlassRefusalMessage();
+    if (!Refusal.isEmpty()) {
+        MsgBox(Refusal);
+        Do_UpdateGlassButton();
+        return;
+    }
+    AbortRunningShape();
+    if (frmTsMainPro* F = Frame()) {
+        F->FlatAllToolsImages();
+        Canvas->setMagnifyGlassFactor(static_cast<int16_t>(F->cboGlass->currentIndex() + 2));
+    }
+    Canvas->setCanvasOp(ucCanvas::OpGlass);
+    Do_UpdateGlassButton();
+}
+
+void frmTsPaint::Do_cboGlassClick()
+{
+    if (frmTsMainPro* F = Frame())
+        Canvas->setMagnifyGlassFactor(static_cast<int16_t>(F->cboGlass->currentIndex() + 2));
+}
+
+void frmTsPaint::Do_UpdateZoomButtons()
+{
+    frmTsMainPro* F = Frame();
+    if (!F || F->cmdZoom.size() < 3)
+        return;
+    const bool Picture = Canvas->DIB.DIBBitsPtr() != nullptr;
+    F->cmdZoom[0]->setEnabled(Picture && Canvas->Magnify() < MaxMagnify);
+    F->cmdZoom[1]->setEnabled(Picture && Canvas->Magnify() > 1);
+    F->cmdZoom[2]->setEnabled(Picture && (Canvas->Magnify() != 1 || Canvas->FitInView()));
+}
+
+void frmTsPaint::Do_UpdateGlassButton()
+{
+    if (frmTsMainPro* F = Frame()) {
+        F->cmdGlass->setCheckable(true);
+        F->cmdGlass->setChecked(Canvas->CanvasOp() == ucCanvas::OpGlass);
+    }
+}
+
+void frmTsPaint::Do_UpdateModeChange()
+{
+    // The mode button turns view into paint and back.
+    AbortRunningShape();
+    const bool ToPaint = Canvas->CanvasScreenMode() == 0;
+    Canvas->setCanvasScreenMode(ToPaint ? 1 : 0);
+    if (frmTsMainPro* F = Frame()) {
+        if (!ToPaint)
+            F->FlatAllToolsImages();
+        F->cmdMode->setCheckable(true);
+        F->cmdMode->setChecked(ToPaint);
+    }
+    Canvas->setCanvasOp(ucCanvas::OpScroll);
+    UpdateAllowableMenusForScreenMode();
+}
+
+void frmTsPaint::UpdateAllowableMenusForScreenMode()
+{
+    const bool Paint = Canvas->CanvasScreenMode() != 0;
+    for (const char* Name : {"mnuEditCut", "mnuEditPaste", "mnuEditPasteTransparent"})
+        if (QAction* Action = findChild<QAction*>(QString::fromLatin1(Name)))
+            Action->setVisible(Paint || QString::fromLatin1(Name) != "mnuEditCut");
+    updateEditButtons();
+}
+
+void frmTsPaint::OnOffQuickScroll()
+{
+    if (frmTsMainPro* F = Frame()) {
+        F->imgUpperLeft->setEnabled(Canvas->DIB.DIBBitsPtr() != nullptr);
+        F->imgLowerRight->setEnabled(Canvas->DIB.DIBBitsPtr() != nullptr);
+    }
+}
+
+void frmTsPaint::Do_imgUpperLeftClick()
+{
+    Canvas->SetScrollValues(0, 0, true, true);
+}
+
+void frmTsPaint::Do_imgLowerRightClick()
+{
+    int X = 0, Y = 0;
+    Canvas->GetScrollMaxInfo(X, Y);
+    Canvas->SetScrollValues(X, Y, true, true);
+}
+
+void frmTsPaint::Do_imgPanoramicClick()
+{
+    if (QWidget* Panoramic = basTsMainPro::CreateForm(QStringLiteral("frmTsPanoramic")))
+        Panoramic->show();
+}
+
+void frmTsPaint::Do_cmdRegionOperation(int)
+{
+    if (!Canvas->HasRegion()) {
+        MsgBox(QStringLiteral("Currently there is no region on image yet."));
+        return;
+    }
+}
+
+// Commands whose windows and filters arrive with their own parts of the program: they answer, and
+// do nothing until then.
+void frmTsPaint::Do_mnuEffectsSubClick(int) {}
+void frmTsPaint::Do_cmdCustomBrushClick() {}
+void frmTsPaint::Do_cmdCustomPatternClick() {}
+void frmTsPaint::Do_cmdStampLoadClick(int) {}
+void frmTsPaint::do_cmdPalette256Click() {}
+void frmTsPaint::mnuIconEditorSub_Click(int) {}

@@ -1,0 +1,191 @@
+// The paint document driven as a user drives it: the frame's menus and toolbox, scripted file
+// dialogs and message boxes, mouse strokes on the canvas, and the files it leaves behind.
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QFile>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMouseEvent>
+#include <QTemporaryDir>
+#include <QToolButton>
+
+#include "PictureBox.h"
+#include "basMsgBox.h"
+#include "basTsMainPro.h"
+#include "clsTsDialog.h"
+#include "frmTsMainPro.h"
+#include "frmTsPaint.h"
+#include "ucCanvas.h"
+
+namespace {
+
+const QString Suite = QStringLiteral(TESSAVO_TESTDATA "/bmpsuite/g/");
+
+class PaintTest : public ::testing::Test {
+protected:
+    QTemporaryDir AppDir, TempDir, Files;
+    basMsgBox::MsgBoxScript Boxes;
+    TsDialogScript Dialogs;
+    std::unique_ptr<frmTsMainPro> Frame;
+
+    void SetUp() override
+    {
+        basTsMainPro::SetAppFolder(AppDir.path());
+        basTsMainPro::TempFolder = TempDir.path() + "/";
+        basTsMainPro::ResetDocSlots();
+        basTsMainPro::ColorFirst = 0x0000FF;
+        frmTsPaint::Register();
+        Frame = std::make_unique<frmTsMainPro>();
+        Frame->resize(1000, 700);
+        Frame->show();
+        QApplication::processEvents();
+    }
+    void TearDown() override
+    {
+        // Whatever is still open closes without questions.
+        for (basTsMainPro::DocSlot& Slot : basTsMainPro::DocSlots())
+            Slot.Dirty = false;
+        Frame->close();
+        Frame.reset();
+        basTsMainPro::RegisterFormFactory(QStringLiteral("frmTsPaint"), nullptr);
+        basTsMainPro::SetAppFolder(QString());
+    }
+
+    frmTsPaint* OpenThroughMenu(const QString& Path)
+    {
+        Dialogs.Answer(Path);
+        Frame->mnuFileOpen->trigger();
+        for (int I = 0; I < 5; ++I)
+            QApplication::processEvents();
+        return qobject_cast<frmTsPaint*>(Frame->ActiveChild());
+    }
+
+    void Stroke(frmTsPaint* Doc, QPoint From, QPoint To)
+    {
+        QWidget* Box = Doc->Canvas->picDisp;
+        auto Send = [Box](QEvent::Type Type, QPoint P, Qt::MouseButton B, Qt::MouseButtons Bs) {
+            QMouseEvent E(Type, QPointF(P), Box->mapToGlobal(QPointF(P)), B, Bs, Qt::NoModifier);
+            QApplication::sendEvent(Box, &E);
+        };
+        Send(QEvent::MouseButtonPress, From, Qt::LeftButton, Qt::LeftButton);
+        Send(QEvent::MouseMove, (From + To) / 2, Qt::NoButton, Qt::LeftButton);
+        Send(QEvent::MouseMove, To, Qt::NoButton, Qt::LeftButton);
+        Send(QEvent::MouseButtonRelease, To, Qt::LeftButton, Qt::NoButton);
+        QApplication::processEvents();
+    }
+
+    static std::vector<uint32_t> Pixels(clsDIB& Dib)
+    {
+        std::vector<uint32_t> All;
+        for (int Y = 0; Y < Dib.DIBHeight(); ++Y)
+            for (int X = 0; X < Dib.DIBWidth(); ++X)
+                All.push_back(Dib.DIBhDC()->GetPixel(X, Y) & 0xFFFFFF);
+        return All;
+    }
+};
+
+} // namespace
+
+TEST_F(PaintTest, OpenPaintUndoRedoSaveAndReopen)
+{
+    frmTsPaint* Doc = OpenThroughMenu(Suite + "rgb24.bmp");
+    ASSERT_NE(Doc, nullptr);
+    ASSERT_EQ(Doc->Canvas->DIB.DIBWidth(), 127);
+    EXPECT_EQ(Doc->windowTitle(), basTsMainPro::ShortenPathForDisplay(Suite + "rgb24.bmp", 80));
+    EXPECT_EQ(Doc->History().UndoPos, 1);
+    EXPECT_TRUE(QFile::exists(Doc->History().UndoBase + "001.m_Temp"));
+    const std::vector<uint32_t> Opened = Pixels(Doc->Canvas->DIB);
+
+    // The paint tool from the toolbox, a stroke with the mouse.
+    Frame->imgTools[0]->click();
+    EXPECT_EQ(Doc->Canvas->CanvasOp(), ucCanvas::OpPaint);
+    Stroke(Doc, QPoint(10, 10), QPoint(60, 30));
+    const std::vector<uint32_t> Painted = Pixels(Doc->Canvas->DIB);
+    EXPECT_NE(Painted, Opened);
+    EXPECT_EQ(Doc->Canvas->DIB.DIBhDC()->GetPixel(10, 10), 0x0000FFu);
+    EXPECT_TRUE(Doc->Dirty());
+    EXPECT_EQ(Doc->History().UndoPos, 2);
+
+    Frame->cmdEditTB[1]->click();  // undo
+    EXPECT_EQ(Pixels(Doc->Canvas->DIB), Opened);
+    Frame->cmdEditTB[2]->click();  // redo
+    EXPECT_EQ(Pixels(Doc->Canvas->DIB), Painted);
+    Boxes.Answer(basMsgBox::MsgBoxResult::Yes);
+    Frame->cmdEditTB[0]->click();  // undo all
+    EXPECT_EQ(Boxes.Texts().back(), "There will not be Redo after Undo All.  Sure to Undo All?");
+    EXPECT_EQ(Pixels(Doc->Canvas->DIB), Opened);
+    EXPECT_FALSE(Frame->cmdEditTB[2]->isEnabled());
+
+    // Painted again and saved as BMP; the file opens to the same pixels.
+    Stroke(Doc, QPoint(5, 50), QPoint(100, 50));
+    const std::vector<uint32_t> Saved = Pixels(Doc->Canvas->DIB);
+    const QString Target = Files.filePath("painted.bmp");
+    Dialogs.Answer(Target);
+    ASSERT_TRUE(Doc->SaveAsBMP());
+    EXPECT_FALSE(Doc->Dirty());
+    EXPECT_EQ(Doc->windowTitle(), basTsMainPro::ShortenPathForDisplay(Target, 80));
+    frmTsPaint* Again = OpenThroughMenu(Target);
+    ASSERT_NE(Again, nullptr);
+    ASSERT_NE(Again, Doc);
+    EXPECT_EQ(Pixels(Again->Canvas->DIB), Saved);
+}
+
+TEST_F(PaintTest, ClosingADirtyPictureAsksAndTheStatesGoWithIt)
+{
+    frmTsPaint* Doc = OpenThroughMenu(Suite + "rgb24.bmp");
+    ASSERT_NE(Doc, nullptr);
+    Frame->imgTools[0]->click();
+    Stroke(Doc, QPoint(10, 10), QPoint(20, 10));
+    const QString First = Doc->History().StateFile(1);
+    ASSERT_TRUE(QFile::exists(First));
+    Boxes.Answer(basMsgBox::MsgBoxResult::No);
+    Doc->mnuFileClose_Click();
+    QApplication::processEvents();
+    EXPECT_EQ(Boxes.Texts().back(), "Current picture not saved yet.  Proceed still?");
+    EXPECT_EQ(Frame->ActiveChild(), Doc);
+    Boxes.Answer(basMsgBox::MsgBoxResult::Yes);
+    Doc->mnuFileClose_Click();
+    QApplication::processEvents();
+    EXPECT_FALSE(QFile::exists(First));
+    EXPECT_TRUE(Frame->MdiArea->subWindowList().isEmpty());
+}
+
+TEST_F(PaintTest, LoadOpenFileRefusesWithItsMessages)
+{
+    // A new white picture, as File New makes once its size is chosen.
+    basTsMainPro::NewImageWidth = 40;
+    basTsMainPro::NewImageHeight = 30;
+    auto* Doc = qobject_cast<frmTsPaint*>(Frame->ShowNewDocument(basTsMainPro::DocOpenFromFileNew, QString()));
+    QApplication::processEvents();
+    ASSERT_NE(Doc, nullptr);
+    EXPECT_EQ(Doc->windowTitle(), "Untitled:1");
+    EXPECT_EQ(Doc->Canvas->DIB.DIBWidth(), 40);
+    const std::vector<uint32_t> Before = Pixels(Doc->Canvas->DIB);
+    QFile::copy(Suite + "rgb24.bmp", Files.filePath("noext"));
+    QFile::copy(Suite + "rgb24.bmp", Files.filePath("a.gif"));
+    QFile::copy(Suite + "rgb24.bmp", Files.filePath("a.ani"));
+    QFile::copy(Suite + "rgb24.bmp", Files.filePath("a.dll"));
+    QFile Broken(Files.filePath("broken.bmp"));
+    ASSERT_TRUE(Broken.open(QIODevice::WriteOnly));
+    Broken.write("BM not a picture");
+    Broken.close();
+    const std::pair<QString, QString> Cases[] = {
+        {Files.filePath("missing.bmp"), "File not found"},
+        {Files.filePath("noext"), "No file extension"},
+        {Files.filePath("a.gif"), "Failed to retrieve incoming image"},
+        {Files.filePath("broken.bmp"), "Failed to retrieve incoming image"},
+        {Files.filePath("a.ani"), "Please use Icon Editor main program (To extract icons from ANI file, select Extract\n"
+                                  "main menu.  To edit ANI, select Animation main menu)"},
+        {Files.filePath("a.dll"), "Please use Icon Editor main program (To extract icons, select Extract main menu)"},
+    };
+    for (const auto& [Path, Message] : Cases) {
+        Doc->LoadOpenFile(Path, basTsMainPro::DocOpenFromFileOpen);
+        EXPECT_EQ(Boxes.Texts().back(), Message) << Path.toStdString();
+        EXPECT_EQ(Pixels(Doc->Canvas->DIB), Before);
+    }
+    // A new picture has no format yet.
+    Doc->mnuFileSave_Click();
+    EXPECT_EQ(Boxes.Texts().back(), "This is a newly created, please choose a graphics format to save.");
+}
