@@ -307,15 +307,21 @@ void CanvasView::RenderDisplayBox(const QRect& DisplayBox)
 
 void CanvasView::ClearView()
 {
-    DIB.ClearUp();
-    picDisp->Image = QImage();
-    picDisp->hide();
+    // The screen is cleared of whatever was drawn over the picture; the picture itself stays and
+    // is shown again at its actual size from the top left.
+    picDisp->Image.fill(palette().window().color());
     MagnifyValue = 1;
     ScrollX = ScrollY = 0;
-    CurrentLayout = CanvasLayout();
-    ColumnOf.clear();
-    RowOf.clear();
     ResetScrollBars();
+    if (DIB.DIBBitsPtr()) {
+        CanvasResize();
+    } else {
+        picDisp->Image = QImage();
+        picDisp->hide();
+        CurrentLayout = CanvasLayout();
+        ColumnOf.clear();
+        RowOf.clear();
+    }
     update();
 }
 

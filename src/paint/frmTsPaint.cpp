@@ -119,6 +119,23 @@ bool frmTsPaint::Dirty() const
     return N >= 0 && N < static_cast<int>(Slots.size()) && Slots[N].Dirty;
 }
 
+bool frmTsPaint::RegionExists() const
+{
+    return Canvas->HasRegion();
+}
+
+void frmTsPaint::ApplyOptions()
+{
+    Canvas->UseAlternativeRegionMarquee = basTsMainPro::UseAlternativeMarquee;
+    Canvas->setSuspendCanvasResizeByEdgeDragging(basTsMainPro::SuspendCanvasResize);
+    Canvas->SuspendRegionResizeByEdgeDragging = basTsMainPro::SuspendRegionResize;
+    if (Canvas->FitInEvenIfSmaller() != basTsMainPro::FitInEvenIfSmaller) {
+        Canvas->setFitInEvenIfSmaller(basTsMainPro::FitInEvenIfSmaller);
+        if (Canvas->FitInView())
+            UpdateDisplay();
+    }
+}
+
 void frmTsPaint::showEvent(QShowEvent* Event)
 {
     QWidget::showEvent(Event);

@@ -19,6 +19,8 @@ class frmTsMainPro;
 
 class frmTsPaint : public QWidget {
     Q_OBJECT
+    // The frame asks before it changes an option that a region depends on.
+    Q_PROPERTY(bool RegionExists READ RegionExists)
 public:
     explicit frmTsPaint(QWidget* Parent = nullptr);
     ~frmTsPaint() override;
@@ -101,6 +103,16 @@ public:
     Q_INVOKABLE void Do_UpdateModeChange();
     Q_INVOKABLE void do_cmdPalette256Click();
 
+    // The Edit menu's further commands.
+    static constexpr int TranslucentSteps = 9;  // 10 to 90 percent
+    void mnuEditCutCopy_Click();
+    void mnuEditPasteTranslucentTransparentSub_Click(int Index);
+    void mnuEditPasteTranslucentNotTransparentSub_Click(int Index);
+    void mnuEditCrop_Click();
+    void mnuEditCropPerImageInsideRegion_Click();
+    void mnuEditCleansePaint_Click();
+    void mnuEditClearClipboard_Click();
+
     // The File menu's commands.
     void mnuFileSave_Click();
     bool SaveAsBMP();
@@ -109,6 +121,9 @@ public:
     // Marks the document's slot changed or saved.
     void MarkDirty(bool Dirty);
     bool Dirty() const;
+    bool RegionExists() const;
+    // Takes the frame's options into the canvas.
+    void ApplyOptions();
     int Slot() const;
     UndoHistory& History() { return Undo; }
 
@@ -132,7 +147,7 @@ private:
     void SaveUndoState();
     void LoadUndoStateInto(bool Loaded, int OldWidth, int OldHeight);
     void OnPictureChanged();
-    void PasteFromClipboard(int Kind);
+    void PasteFromClipboard(int Kind, int Percent = 100);
     void ShowSizePanels();
     frmTsMainPro* Frame() const;
 

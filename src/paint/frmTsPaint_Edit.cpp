@@ -3,6 +3,7 @@
 #include <QClipboard>
 #include <QAction>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QLabel>
 #include <QImage>
 #include <QToolButton>
@@ -136,7 +137,7 @@ void frmTsPaint::mnuEditPasteTransparent_Click()
     PasteFromClipboard(1);
 }
 
-void frmTsPaint::PasteFromClipboard(int Kind)
+void frmTsPaint::PasteFromClipboard(int Kind, int Percent)
 {
     if (!Canvas->DIB.DIBBitsPtr())
         return;
@@ -200,6 +201,88 @@ void frmTsPaint::PasteFromClipboard(int Kind)
     }
     if (Canvas->CanvasScreenMode() == 0)
         Canvas->setCanvasScreenMode(1);
-    Canvas->BeginPaste(Incoming, Kind, Canvas->TranslucentPercent > 0 ? Canvas->TranslucentPercent : 100);
+    Canvas->BeginPaste(Incoming, Kind, static_cast<int16_t>(Percent));
     updateEditButtons();
+}
+
+void frmTsPaint::mnuEditCutCopy_Click()
+{
+    if (!Canvas->HasRegion())
+        return;
+    mnuEditCopy_Click();
+    mnuEditCut_Click();
+}
+
+void frmTsPaint::mnuEditPasteTranslucentTransparentSub_Click(int Index)
+{
+    PasteFromClipboard(2, 10 + 10 * std::clamp(Index, 0, TranslucentSteps - 1));
+}
+
+void frmTsPaint::mnuEditPasteTranslucentNotTransparentSub_Click(int Index)
+{
+    PasteFromClipboard(3, 10 + 10 * std::clamp(Index, 0, TranslucentSteps - 1));
+}
+
+void frmTsPaint::mnuEditCrop_Click()
+{
+    if (!Canvas->HasRegion())
+        return;
+    if (!Canvas->CropToRegion()) {
+        MsgBox(QStringLiteral("Size too small to crop."));
+        return;
+    }
+    // The canvas reported the change, which took the undo state.
+    Canvas->SetScrollValues(0, 0);
+    UpdateDisplay();
+}
+
+void frmTsPaint::mnuEditCropPerImageInsideRegion_Click()
+{
+    if (!Canvas->HasRegion())
+        return;
+    if (Canvas->RegionLifted() && (Canvas->DIBSnapshot.DIBWidth() != Canvas->DIB.DIBWidth() ||
+                                   Canvas->DIBSnapshot.DIBHeight() != Canvas->DIB.DIBHeight())) {
+        MsgBox(QStringLiteral("Snapshot size discrepant"));
+        return;
+    }
+    if (Canvas->DIBRegionMask.DIBBitsPtr() && (Canvas->DIBRegionMask.DIBWidth() != Canvas->DIBRegion.DIBWidth() ||
+                                               Canvas->DIBRegionMask.DIBHeight() != Canvas->DIBRegion.DIBHeight())) {
+        MsgBox(QStringLiteral("Mask size discrepant"));
+        return;
+    }
+    clsDIB Image;
+    const QRect Box = Canvas->RegionImageBox();
+    if (!Canvas->CopyRegionTo(Image))
+        return;
+    basTsMainPro::PixelBox Used;
+    if (!basTsMainPro::NonBlankBounds(Image, Canvas->TransparentColor, Used))
+        Used = {0, 0, Image.DIBWidth() - 1, Image.DIBHeight() - 1};
+    Canvas->DropRegion();
+    const QRect Crop =
+        QRect(QPoint(Box.left() + Used.Left, Box.top() + Used.Top), QPoint(Box.left() + Used.Right, Box.top() + Used.Bottom))
+            .intersected(QRect(0, 0, Canvas->DIB.DIBWidth(), Canvas->DIB.DIBHeight()));
+    clsDIB Part;
+    if (Crop.isEmpty() || !Part.CreateBlankDIB(Crop.width(), Crop.height(), 32, 0xFFFFFF, true))
+        return;
+    BitBlt(Part.DIBhDC(), 0, 0, Crop.width(), Crop.height(), Canvas->DIB.DIBhDC(), Crop.left(), Crop.top(), SRCCOPY);
+    TakePicture(Part);
+    MarkDirty(true);
+    SaveUndoState();
+    MsgBox(QStringLiteral("Reminder:  If the cropped image is invisible, it is because you have cropped\n"
+                          "a white sheet, i.e. cropped white image is put back on a white sheet."));
+}
+
+void frmTsPaint::mnuEditCleansePaint_Click()
+{
+    Canvas->CanvasCleanse();
+    if (frmTsMainPro* F = Frame()) {
+        F->FlatAllToolsImages();
+        F->cboMagnify->setCurrentIndex(0);
+    }
+    UpdateDisplay();
+}
+
+void frmTsPaint::mnuEditClearClipboard_Click()
+{
+    QApplication::clipboard()->clear();
 }

@@ -41,10 +41,9 @@ void frmTsPaint::FirstActivation()
           "Notify_PaintBrushTranslucencyPercent", "Notify_SprayDensity", "Notify_SprayTranslucencyPercent",
           "Notify_LineType_FromMDI", "Notify_RectangleCornerShape_FromMDI", "Notify_OvalEnhancement_FromMDI"})
         QMetaObject::invokeMethod(this, Name);
-    Canvas->UseAlternativeRegionMarquee = basTsMainPro::UseAlternativeMarquee;
-    Canvas->setSuspendCanvasResizeByEdgeDragging(basTsMainPro::SuspendCanvasResize);
-    Canvas->SuspendRegionResizeByEdgeDragging = basTsMainPro::SuspendRegionResize;
-    Canvas->setFitInEvenIfSmaller(basTsMainPro::FitInEvenIfSmaller);
+    ApplyOptions();
+    if (frmTsMainPro* F = Frame())
+        connect(F, &frmTsMainPro::OptionsChanged, this, &frmTsPaint::ApplyOptions);
 
     const int Mode = basTsMainPro::DocOpenMode;
     if (Mode == basTsMainPro::DocOpenFromCommandLine || Mode == basTsMainPro::DocOpenFromFileOpen ||

@@ -87,6 +87,36 @@ void frmTsPaint::BuildMenus()
         }
     }
 
+    // Entries beyond the toolbar's, in the order of the menu.
+    mnuEdit->addSeparator();
+    connect(AddAction(mnuEdit, "mnuEditCutCopy", tr("Cut && Cop&y")), &QAction::triggered, this,
+            &frmTsPaint::mnuEditCutCopy_Click);
+    QMenu* Translucent = mnuEdit->addMenu(tr("Paste Trans&lucent"));
+    Translucent->setObjectName(QStringLiteral("mnuEditPasteTranslucent"));
+    QMenu* TranslucentKeyed = Translucent->addMenu(tr("&Transparent"));
+    TranslucentKeyed->setObjectName(QStringLiteral("mnuEditPasteTranslucentTransparent"));
+    QMenu* TranslucentPlain = Translucent->addMenu(tr("&Not Transparent"));
+    TranslucentPlain->setObjectName(QStringLiteral("mnuEditPasteTranslucentNotTransparent"));
+    for (int I = 0; I < TranslucentSteps; ++I) {
+        const int Percent = 10 + 10 * I;
+        connect(AddAction(TranslucentKeyed, QStringLiteral("mnuEditPasteTranslucentTransparentSub_%1").arg(I),
+                          tr("%1 %").arg(Percent)),
+                &QAction::triggered, this, [this, I] { mnuEditPasteTranslucentTransparentSub_Click(I); });
+        connect(AddAction(TranslucentPlain, QStringLiteral("mnuEditPasteTranslucentNotTransparentSub_%1").arg(I),
+                          tr("%1 %").arg(Percent)),
+                &QAction::triggered, this, [this, I] { mnuEditPasteTranslucentNotTransparentSub_Click(I); });
+    }
+    mnuEdit->addSeparator();
+    connect(AddAction(mnuEdit, "mnuEditCrop", tr("C&rop")), &QAction::triggered, this, &frmTsPaint::mnuEditCrop_Click);
+    connect(AddAction(mnuEdit, "mnuEditCropPerImageInsideRegion", tr("Crop Per &Image Inside Region")),
+            &QAction::triggered, this, &frmTsPaint::mnuEditCropPerImageInsideRegion_Click);
+    mnuEdit->addSeparator();
+    connect(AddAction(mnuEdit, "mnuEditCleansePaint", tr("Cl&eanse Paint")), &QAction::triggered, this,
+            &frmTsPaint::mnuEditCleansePaint_Click);
+    connect(AddAction(mnuEdit, "mnuEditClearClipboard", tr("Clear Clip&board")), &QAction::triggered, this,
+            &frmTsPaint::mnuEditClearClipboard_Click);
+    connect(mnuEdit, &QMenu::aboutToShow, this, &frmTsPaint::updateEditButtons);
+
     mnuInquiry = DocumentMenuBar->addMenu(tr("&Inquiry"));
     mnuInquiry->setObjectName(QStringLiteral("mnuInquiry"));
     connect(mnuInquiry, &QMenu::aboutToShow, this, [this] {

@@ -140,6 +140,8 @@ void frmTsPaint::Notify_ColorToUse_FromMDI()
 {
     AbortRunningShape();
     Canvas->ColorToUse = basTsMainPro::ColorFirst;
+    // The second colour is the background: what the eraser and a cut leave behind.
+    Canvas->TransparentColor = basTsMainPro::ColorSecond;
 }
 
 void frmTsPaint::Notify_BezierFillColor_FromMDI()

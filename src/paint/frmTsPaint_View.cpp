@@ -16,6 +16,9 @@ using namespace basMsgBox;
 
 namespace {
 constexpr int MaxMagnify = 8;
+// The smallest regions the border and the drop shadow can work in.
+constexpr int MinRegionForBorder = 10;
+constexpr int MinRegionForShadow = 10;
 }
 
 void frmTsPaint::Do_cmdZoomClick(int Index)
@@ -178,19 +181,34 @@ void frmTsPaint::Do_imgPanoramicClick()
         Panoramic->show();
 }
 
-void frmTsPaint::Do_cmdRegionOperation(int)
+void frmTsPaint::Do_cmdRegionOperation(int Index)
 {
     if (!Canvas->HasRegion()) {
         MsgBox(QStringLiteral("Currently there is no region on image yet."));
         return;
+    }
+    const QRect Box = Canvas->RegionImageBox();
+    if (Index == 0 && (Box.width() < MinRegionForBorder || Box.height() < MinRegionForBorder)) {
+        MsgBox(QStringLiteral("Current region too small to create border."));
+        return;
+    }
+    if (!QRect(0, 0, Canvas->DIB.DIBWidth(), Canvas->DIB.DIBHeight()).contains(Box)) {
+        MsgBox(QStringLiteral("Region extended beyond canvas area, extra operation unallowed."));
+        return;
+    }
+    // A drop shadow needs room for its offset inside the region.
+    if (Index == 1 && (Box.width() < MinRegionForShadow || Box.height() < MinRegionForShadow)) {
+        MsgBox(QStringLiteral("Width or height of region incompatible."));
+        return;
+    }
+    if (QWidget* Dialog = basTsMainPro::CreateForm(QStringLiteral("frmTsRegionOp"))) {
+        Dialog->setProperty("Operation", Index);
+        Dialog->show();
     }
 }
 
 // Commands whose windows and filters arrive with their own parts of the program: they answer, and
 // do nothing until then.
 void frmTsPaint::Do_mnuEffectsSubClick(int) {}
-void frmTsPaint::Do_cmdCustomBrushClick() {}
-void frmTsPaint::Do_cmdCustomPatternClick() {}
-void frmTsPaint::Do_cmdStampLoadClick(int) {}
 void frmTsPaint::do_cmdPalette256Click() {}
 void frmTsPaint::mnuIconEditorSub_Click(int) {}

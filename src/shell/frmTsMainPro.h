@@ -243,6 +243,11 @@ public:
     QString TemporaryFile;
     // Marks a tool pressed: checks its image and moves shpTool over it.
     void PressToolImage(int index);
+signals:
+    // An option of the Options menu changed; the mirrors in basTsMainPro hold the new values.
+    void OptionsChanged();
+
+public:
     // Puts the menus of a document (its hidden "DocumentMenuBar") in the frame's bar; null restores.
     void ShowMenusOf(QWidget* child);
 

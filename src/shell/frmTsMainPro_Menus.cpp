@@ -362,7 +362,19 @@ void frmTsMainPro::mnuOptionsSub_Click(int index)
             return;
         }
     }
+    // The region options cannot change under a region: documents tell through their "RegionExists".
+    if (index == 3 || index == 7) {
+        for (QWidget* form : basTsMainPro::DocForms()) {
+            if (form != nullptr && form->property("RegionExists").toBool()) {
+                const QSignalBlocker blocker(mnuOptionsSub[index]);
+                mnuOptionsSub[index]->setChecked(!mnuOptionsSub[index]->isChecked());
+                MsgBox(QStringLiteral("Cannot reset this option when there is a region currently."));
+                return;
+            }
+        }
+    }
     CopyOptionMenusToMirrors();
+    emit OptionsChanged();
 }
 
 void frmTsMainPro::mnuSubMonitorRAM_Click(int)

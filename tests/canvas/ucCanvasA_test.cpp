@@ -40,6 +40,8 @@ TEST(ucCanvasA, ShowsScrollsAndReportsWithoutTools)
     EXPECT_EQ(Right.at(0).at(0).toInt(), 299);
     EXPECT_EQ(Right.at(0).at(2).toUInt(), 0x00FF00u);
     View.CanvasCleanse();
-    EXPECT_EQ(View.DIB.DIBBitsPtr(), nullptr);
-    EXPECT_FALSE(View.HsbDisp->isVisible());
+    EXPECT_EQ(View.Magnify(), 1);
+    View.GetScrollValues(X, Y);
+    EXPECT_EQ(QPoint(X, Y), QPoint(0, 0));
+    EXPECT_EQ(View.DIB_XY_Color(299, 199), 0x00FF00u);
 }

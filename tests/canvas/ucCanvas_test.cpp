@@ -186,25 +186,33 @@ TEST_F(ViewTest, GlassMagnifiesAndLeavesThePictureAsItWas)
     EXPECT_EQ(Snapshot(), Before);
 }
 
-TEST_F(ViewTest, CleanseEmptiesTheControl)
+TEST_F(ViewTest, CleanseResetsTheViewAndKeepsThePicture)
 {
     Open(60, 40);
+    Canvas->DIB.DIBhDC()->SetPixelV(3, 3, 0x0000FF);
     Canvas->setMagnify(2);
-    Canvas->setCanvasOp(ucCanvas::OpPaint);
+    Canvas->setCanvasOp(ucCanvas::OpPolygon);
+    Canvas->PolygonDrawMethod = 1;
+    Click(10, 10);
     QSignalSpy View(Canvas.get(), &ucCanvas::ViewChanged);
     QSignalSpy Starting(Canvas.get(), &ucCanvas::OperationStarting);
     Canvas->CanvasCleanse();
-    EXPECT_EQ(Canvas->DIB.DIBBitsPtr(), nullptr);
+    EXPECT_EQ(Pixel(3, 3), 0x0000FFu);
     EXPECT_EQ(Canvas->CanvasOp(), ucCanvas::OpScroll);
     EXPECT_EQ(Canvas->Magnify(), 1);
+    EXPECT_FALSE(Canvas->PolygonInProgress());
     EXPECT_EQ(View.count(), 1);
     EXPECT_EQ(Starting.count(), 1);
     // With no picture the mouse does nothing at all.
-    QSignalSpy Changed(Canvas.get(), &ucCanvas::PictureChanged);
-    Canvas->setCanvasOp(ucCanvas::OpPaint);
-    Click(5, 5);
-    Canvas->setCanvasOp(ucCanvas::OpFill);
-    Click(5, 5);
+    ucCanvas Empty;
+    Empty.resize(200, 100);
+    Empty.show();
+    QSignalSpy Changed(&Empty, &ucCanvas::PictureChanged);
+    for (int Op : {ucCanvas::OpPaint, ucCanvas::OpFill, ucCanvas::OpPolygon, ucCanvas::OpGlass}) {
+        Empty.setCanvasScreenMode(1);
+        Empty.setCanvasOp(Op);
+        QTest::mouseClick(Empty.picDisp, Qt::LeftButton, {}, QPoint(5, 5));
+    }
     EXPECT_EQ(Changed.count(), 0);
 }
 
