@@ -118,6 +118,7 @@ public:
     bool SaveAsBMP();
     void mnuFileClose_Click();
     void mnuFileCloseAll_Click();
+    void mnuFileExit_Click();
     // Marks the document's slot changed or saved.
     void MarkDirty(bool Dirty);
     bool Dirty() const;

@@ -247,16 +247,51 @@ void frmTsPaint::mnuFileClose_Click()
         close();
 }
 
-void frmTsPaint::mnuFileCloseAll_Click()
+namespace {
+
+// Asks once for every unsaved picture; true when the windows may close.
+bool AskForAllDocuments(const QString& LastLine)
 {
     const auto& Slots = basTsMainPro::DocSlots();
     const bool AnyDirty = std::any_of(Slots.begin(), Slots.end(),
                                       [](const basTsMainPro::DocSlot& S) { return !S.Closed && S.Dirty; });
-    if (AnyDirty && MsgBox(QStringLiteral("Changes to one or more files have not been saved yet.\n"
-                                          "Proceed to close all windows?"),
+    if (AnyDirty && MsgBox(QStringLiteral("Changes to one or more files have not been saved yet.\n") + LastLine,
                            MsgBoxButtons::YesNo, MsgBoxIcon::Question) != MsgBoxResult::Yes)
-        return;
+        return false;
+    // The question has been answered for every window.
     for (basTsMainPro::DocSlot& S : basTsMainPro::DocSlots())
         S.Dirty = false;
-    basTsMainPro::CloseAllDocuments();
+    return true;
+}
+
+} // namespace
+
+void frmTsPaint::mnuFileCloseAll_Click()
+{
+    if (AskForAllDocuments(QStringLiteral("Proceed to close all windows?")))
+        basTsMainPro::CloseAllDocuments();
+}
+
+void frmTsPaint::mnuFileExit_Click()
+{
+    if (!AskForAllDocuments(QStringLiteral("Proceed to exit program?")))
+        return;
+    if (frmTsMainPro* F = Frame())
+        F->mnuFileExit_Click();
+}
+
+void frmTsPaint::mnuIconEditorSub_Click(int Index)
+{
+    // The icon and animation editors work alone: they are not started beside other pictures.
+    int Open = 0;
+    for (QWidget* Form : basTsMainPro::DocForms())
+        Open += Form != nullptr;
+    if (Open > 1) {
+        MsgBox(QStringLiteral("You have more than one picture windows loaded currently"));
+        return;
+    }
+    if (QWidget* Editor = basTsMainPro::CreateForm(Index == 0 ? QStringLiteral("frmTsIconEdit")
+                                                              : QStringLiteral("frmTsGIFani"))) {
+        Editor->show();
+    }
 }

@@ -56,10 +56,7 @@ void frmTsPaint::BuildMenus()
     connect(AddAction(mnuFile, "mnuFileCloseAll", tr("Close A&ll")), &QAction::triggered, this,
             &frmTsPaint::mnuFileCloseAll_Click);
     mnuFile->addSeparator();
-    connect(AddAction(mnuFile, "mnuFileExit", tr("E&xit")), &QAction::triggered, this, [] {
-        if (frmTsMainPro* F = frmTsMainPro::Instance())
-            F->mnuFileExit_Click();
-    });
+    connect(AddAction(mnuFile, "mnuFileExit", tr("E&xit")), &QAction::triggered, this, &frmTsPaint::mnuFileExit_Click);
 
     mnuEdit = DocumentMenuBar->addMenu(tr("&Edit"));
     mnuEdit->setObjectName(QStringLiteral("mnuEdit"));

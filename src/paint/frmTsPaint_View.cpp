@@ -211,4 +211,3 @@ void frmTsPaint::Do_cmdRegionOperation(int Index)
 // do nothing until then.
 void frmTsPaint::Do_mnuEffectsSubClick(int) {}
 void frmTsPaint::do_cmdPalette256Click() {}
-void frmTsPaint::mnuIconEditorSub_Click(int) {}

@@ -141,3 +141,23 @@ TEST_F(EditTest, TwoDocumentsKeepTheirStatesApart)
     EXPECT_TRUE(QFile::exists(Second->History().StateFile(2)));
     EXPECT_FALSE(QFile::exists(First->History().StateFile(3)));
 }
+
+TEST_F(EditTest, CloseAllAsksOnceForUnsavedPictures)
+{
+    frmTsPaint* First = NewPicture();
+    NewPicture();  // both changed by their red blocks
+    ASSERT_TRUE(First->Dirty());
+    // An editor session is not started beside two pictures.
+    First->mnuIconEditorSub_Click(0);
+    EXPECT_EQ(Boxes.Texts().back(), "You have more than one picture windows loaded currently");
+    Boxes.Answer(basMsgBox::MsgBoxResult::No);
+    First->mnuFileCloseAll_Click();
+    EXPECT_EQ(Boxes.Texts().back(), "Changes to one or more files have not been saved yet.\nProceed to close all windows?");
+    EXPECT_EQ(Frame->MdiArea->subWindowList().size(), 2);
+    const size_t Asked = Boxes.Texts().size();
+    Boxes.Answer(basMsgBox::MsgBoxResult::Yes);
+    First->mnuFileCloseAll_Click();
+    QApplication::processEvents();
+    EXPECT_EQ(Boxes.Texts().size(), Asked + 1);  // one question, not one per window
+    EXPECT_TRUE(Frame->MdiArea->subWindowList().isEmpty());
+}
