@@ -34,6 +34,7 @@ frmTsPaint::frmTsPaint(QWidget* Parent) : QWidget(Parent)
     });
     connect(Canvas, &ucCanvas::DIBProgress, this, &frmTsPaint::Canvas_DIBProgress);
     connect(Canvas, &ucCanvas::DIBProgressEnd, this, &frmTsPaint::Canvas_DIBProgressEnd);
+    connect(Canvas, &ucCanvas::ZoomRequested, this, [this](int Steps) { Do_cmdZoomClick(Steps > 0 ? 0 : 1); });
     connect(Canvas, &ucCanvas::KeyReleased, this, [] { basTsMainPro::CloseToolWindows(); });
     connect(Canvas, &ucCanvas::OperationStarting, this, [this] {
         if (frmTsMainPro* F = Frame())

@@ -69,7 +69,7 @@ void frmTsPaint::BuildMenus()
         {"mnuEditUndoAll", "Undo &All", {}, &frmTsPaint::mnuEditUndoAll_Click},
         {"mnuEditUndo", "&Undo", QKeySequence::Undo, &frmTsPaint::mnuEditUndo_Click},
         {"mnuEditRedo", "&Redo", QKeySequence(Qt::CTRL | Qt::Key_Y), &frmTsPaint::mnuEditRedo_Click},
-        {"mnuEditCut", "Cu&t", QKeySequence::Cut, &frmTsPaint::mnuEditCut_Click},
+        {"mnuEditCut", "Cu&t", QKeySequence::Delete, &frmTsPaint::mnuEditCut_Click},
         {"mnuEditCopy", "&Copy", QKeySequence::Copy, &frmTsPaint::mnuEditCopy_Click},
         {"mnuEditPaste", "&Paste", QKeySequence::Paste, &frmTsPaint::mnuEditPaste_Click},
         {"mnuEditPasteTransparent", "Paste &Transparent", {}, &frmTsPaint::mnuEditPasteTransparent_Click},
@@ -86,7 +86,8 @@ void frmTsPaint::BuildMenus()
 
     // Entries beyond the toolbar's, in the order of the menu.
     mnuEdit->addSeparator();
-    connect(AddAction(mnuEdit, "mnuEditCutCopy", tr("Cut && Cop&y")), &QAction::triggered, this,
+    // Ctrl+X takes the region to the clipboard as users expect; Delete only clears its place.
+    connect(AddAction(mnuEdit, "mnuEditCutCopy", tr("Cut && Cop&y"), QKeySequence::Cut), &QAction::triggered, this,
             &frmTsPaint::mnuEditCutCopy_Click);
     QMenu* Translucent = mnuEdit->addMenu(tr("Paste Trans&lucent"));
     Translucent->setObjectName(QStringLiteral("mnuEditPasteTranslucent"));
