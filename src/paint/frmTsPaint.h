@@ -146,6 +146,7 @@ private:
     void AbortRunningShape();
     // frmTsPaint_Edit.cpp
     void SaveUndoState();
+    void DropForUndo();
     void LoadUndoStateInto(bool Loaded, int OldWidth, int OldHeight);
     void OnPictureChanged();
     void PasteFromClipboard(int Kind, int Percent = 100);
@@ -155,6 +156,7 @@ private:
     UndoHistory Undo;
     bool FirstActivationDone = false;
     bool Busy = false;
+    bool IgnoreChanges = false;
     std::vector<QAction*> mnuEditSub;
     QMenu* mnuFile = nullptr;
     QMenu* mnuEdit = nullptr;

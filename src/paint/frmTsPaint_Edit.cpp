@@ -29,6 +29,8 @@ enum EditButton { UndoAllButton, UndoButton, RedoButton, CutButton, CopyButton, 
 
 void frmTsPaint::OnPictureChanged()
 {
+    if (IgnoreChanges)
+        return;
     MarkDirty(true);
     SaveUndoState();
     // The overview follows the picture.
@@ -59,6 +61,21 @@ void frmTsPaint::updateEditButtons()
     }
 }
 
+void frmTsPaint::DropForUndo()
+{
+    // The state to come replaces the picture: a region or a glass goes without being merged.
+    AbortRunningShape();
+    if (Canvas->HasRegion()) {
+        // The canvas reports the lifted region's place as a change; it is no state of its own.
+        const bool Was = IgnoreChanges;
+        IgnoreChanges = true;
+        Canvas->DiscardRegion();
+        IgnoreChanges = Was;
+    }
+    if (Canvas->CanvasOp() == ucCanvas::OpGlass)
+        Canvas->setCanvasOp(ucCanvas::OpScroll);
+}
+
 void frmTsPaint::LoadUndoStateInto(bool Loaded, int OldWidth, int OldHeight)
 {
     if (!Loaded)
@@ -80,7 +97,7 @@ void frmTsPaint::mnuEditUndo_Click()
     basTsMainPro::CloseToolWindows();
     if (frmTsMainPro* F = Frame())
         F->StatusPanel[0]->clear();
-    AbortRunningShape();
+    DropForUndo();
     const int W = Canvas->DIB.DIBWidth(), H = Canvas->DIB.DIBHeight();
     Canvas->setCanvasOp(ucCanvas::OpScroll);
     LoadUndoStateInto(Undo.Undo(Canvas->DIB), W, H);
@@ -90,7 +107,7 @@ void frmTsPaint::mnuEditRedo_Click()
 {
     if (Busy || !Undo.CanRedo())
         return;
-    AbortRunningShape();
+    DropForUndo();
     const int W = Canvas->DIB.DIBWidth(), H = Canvas->DIB.DIBHeight();
     Canvas->setCanvasOp(ucCanvas::OpScroll);
     LoadUndoStateInto(Undo.Redo(Canvas->DIB), W, H);
@@ -103,7 +120,7 @@ void frmTsPaint::mnuEditUndoAll_Click()
     if (MsgBox(QStringLiteral("There will not be Redo after Undo All.  Sure to Undo All?"), MsgBoxButtons::YesNo,
                MsgBoxIcon::Question) != MsgBoxResult::Yes)
         return;
-    AbortRunningShape();
+    DropForUndo();
     const int W = Canvas->DIB.DIBWidth(), H = Canvas->DIB.DIBHeight();
     Canvas->setCanvasOp(ucCanvas::OpScroll);
     LoadUndoStateInto(Undo.UndoAll(Canvas->DIB), W, H);

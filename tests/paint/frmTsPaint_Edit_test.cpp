@@ -161,3 +161,17 @@ TEST_F(EditTest, CloseAllAsksOnceForUnsavedPictures)
     EXPECT_EQ(Boxes.Texts().size(), Asked + 1);  // one question, not one per window
     EXPECT_TRUE(Frame->MdiArea->subWindowList().isEmpty());
 }
+
+TEST_F(EditTest, UndoWithALiftedRegionTakesItAwayUnmerged)
+{
+    frmTsPaint* Doc = NewPicture();
+    const int States = Doc->History().UndoPos;
+    Frame->imgTools[14]->click();
+    Stroke(Doc, QPoint(10, 10), QPoint(30, 30));
+    Stroke(Doc, QPoint(15, 15), QPoint(65, 35));
+    ASSERT_TRUE(Doc->Canvas->RegionLifted());
+    Frame->cmdEditTB[1]->click();
+    EXPECT_FALSE(Doc->Canvas->HasRegion());
+    EXPECT_EQ(Doc->History().UndoPos, States - 1);  // no state was taken for the region on its way out
+    EXPECT_EQ(At(Doc, 62, 32), White);
+}
