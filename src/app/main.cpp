@@ -2,6 +2,8 @@
 #include "basMain.h"
 #include "frmTsColorChart.h"
 #include "frmTsPaint.h"
+#include "frmTsPanoramic.h"
+#include "frmTsPrint.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -15,5 +17,7 @@ int main(int argc, char** argv)
     QGuiApplication::setDesktopFileName(QStringLiteral("tessavo"));
     frmTsColorChart::Register();
     frmTsPaint::Register();
+    frmTsPanoramic::Register();
+    frmTsPrint::Register();
     return basMain::Main(app);
 }

@@ -88,6 +88,8 @@ void frmTsPaint::LoadUndoStateInto(bool Loaded, int OldWidth, int OldHeight)
     UpdateDisplay();
     MarkDirty(true);
     updateEditButtons();
+    if (QWidget* Panoramic = basTsMainPro::FindForm(QStringLiteral("frmTsPanoramic")))
+        QMetaObject::invokeMethod(Panoramic, "RefreshPicture");
 }
 
 void frmTsPaint::mnuEditUndo_Click()

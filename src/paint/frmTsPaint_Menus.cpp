@@ -51,6 +51,11 @@ void frmTsPaint::BuildMenus()
           std::pair{"mnuFileSaveICOSub", "&ICO ...."}, std::pair{"mnuFileSaveCURSub", "C&UR ...."}})
         AddAction(SaveAs, Name, tr(Caption))->setEnabled(false);
     mnuFile->addSeparator();
+    connect(AddAction(mnuFile, "mnuFilePrint", tr("&Print ...."), QKeySequence::Print), &QAction::triggered, this, [] {
+        if (QWidget* Print = basTsMainPro::CreateForm(QStringLiteral("frmTsPrint")))
+            Print->show();
+    });
+    mnuFile->addSeparator();
     connect(AddAction(mnuFile, "mnuFileClose", tr("&Close"), QKeySequence::Close), &QAction::triggered, this,
             &frmTsPaint::mnuFileClose_Click);
     connect(AddAction(mnuFile, "mnuFileCloseAll", tr("Close A&ll")), &QAction::triggered, this,
