@@ -147,6 +147,7 @@ private:
     // frmTsPaint_Edit.cpp
     void SaveUndoState();
     void DropForUndo();
+    bool PictureColors(std::vector<uint32_t>& Colors) const;
     void LoadUndoStateInto(bool Loaded, int OldWidth, int OldHeight);
     void OnPictureChanged();
     void PasteFromClipboard(int Kind, int Percent = 100);

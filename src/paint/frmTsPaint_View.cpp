@@ -2,10 +2,13 @@
 // jumps to the picture's corners; and the commands that arrive with later windows.
 #include <QLabel>
 #include <QCheckBox>
+#include <QFile>
+#include <unordered_set>
 #include <QComboBox>
 #include <QMenu>
 #include <QToolButton>
 
+#include "PixelArray32.h"
 #include "basMsgBox.h"
 #include "basTsMainPro.h"
 #include "frmTsMainPro.h"
@@ -210,4 +213,69 @@ void frmTsPaint::Do_cmdRegionOperation(int Index)
 // Commands whose windows and filters arrive with their own parts of the program: they answer, and
 // do nothing until then.
 void frmTsPaint::Do_mnuEffectsSubClick(int) {}
-void frmTsPaint::do_cmdPalette256Click() {}
+
+void frmTsPaint::do_cmdPalette256Click()
+{
+    // The chart shows the picture's own colours when it has 256 or fewer; otherwise the user may
+    // make or load a palette in the chart instead.
+    auto OpenChart = [](basTsMainPro::ColorChartMode Mode) {
+        basTsMainPro::UnloadForm(QStringLiteral("frmTsColorChart"));
+        basTsMainPro::ChartMode = Mode;
+        if (QWidget* Chart = basTsMainPro::CreateForm(QStringLiteral("frmTsColorChart"))) {
+            Chart->show();
+            Chart->raise();
+        }
+    };
+    const QString Note = QStringLiteral("\n(To reduce colors of current image, use Color Reduction menu.)");
+    if (!Canvas->DIB.DIBBitsPtr()) {
+        if (MsgBox(QStringLiteral("No image loaded yet.  Create new/load existing palette file?") + Note,
+                   MsgBoxButtons::YesNo, MsgBoxIcon::Question) == MsgBoxResult::Yes)
+            OpenChart(basTsMainPro::ColorChartMode::Palette256);
+        return;
+    }
+    std::vector<uint32_t> Colors;
+    if (!PictureColors(Colors)) {
+        if (MsgBox(QStringLiteral("Current image not of 256 or less colors.   Create new/load existing palette file?") +
+                       Note,
+                   MsgBoxButtons::YesNo, MsgBoxIcon::Question) == MsgBoxResult::Yes)
+            OpenChart(basTsMainPro::ColorChartMode::Palette256);
+        return;
+    }
+    // The work file, in the JASC-PAL form the chart reads: always 256 lines, black after the last colour.
+    const QString Path = basTsMainPro::TempFolder + QStringLiteral("tmpGIFpal.pal");
+    QFile File(Path);
+    if (!File.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return;
+    QByteArray Text = "JASC-PAL\r\n0100\r\n256\r\n";
+    for (int I = 0; I < 256; ++I) {
+        const uint32_t C = I < static_cast<int>(Colors.size()) ? Colors[I] : 0;
+        Text += QByteArray::number(C & 255) + ' ' + QByteArray::number((C >> 8) & 255) + ' ' +
+                QByteArray::number((C >> 16) & 255) + "\r\n";
+    }
+    if (File.write(Text) != Text.size())
+        return;
+    File.close();
+    basTsMainPro::ChartPaletteFile = Path;
+    OpenChart(basTsMainPro::ColorChartMode::PictureOwn);
+}
+
+bool frmTsPaint::PictureColors(std::vector<uint32_t>& Colors) const
+{
+    // The picture's colours in the order they first appear, row by row; false beyond 256.
+    PixelArray32 Pixels(Canvas->DIB);
+    if (!Pixels.Valid())
+        return false;
+    std::unordered_set<uint32_t> Seen;
+    for (int Y = 0; Y < Pixels.Height(); ++Y) {
+        const uint32_t* Row = Pixels.Row(Y);
+        for (int X = 0; X < Pixels.Width(); ++X) {
+            const uint32_t C = PixelArray32::ToColor(Row[X]) & 0xFFFFFF;
+            if (Seen.insert(C).second) {
+                if (Seen.size() > 256)
+                    return false;
+                Colors.push_back(C);
+            }
+        }
+    }
+    return true;
+}

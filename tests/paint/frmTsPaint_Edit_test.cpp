@@ -175,3 +175,30 @@ TEST_F(EditTest, UndoWithALiftedRegionTakesItAwayUnmerged)
     EXPECT_EQ(Doc->History().UndoPos, States - 1);  // no state was taken for the region on its way out
     EXPECT_EQ(At(Doc, 62, 32), White);
 }
+
+TEST_F(EditTest, ThePicturesOwnPaletteGoesToTheChart)
+{
+    frmTsPaint* Doc = NewPicture(40, 20);  // white with a red block
+    Doc->Canvas->DIB.DIBhDC()->SetPixelV(0, 0, 0x00FF00);
+    Doc->do_cmdPalette256Click();
+    QFile File(basTsMainPro::ChartPaletteFile);
+    ASSERT_TRUE(File.open(QIODevice::ReadOnly));
+    const QList<QByteArray> Lines = File.readAll().split('\n');
+    ASSERT_EQ(Lines.size(), 3 + 256 + 1);
+    EXPECT_EQ(Lines[0], "JASC-PAL\r");
+    EXPECT_EQ(Lines[2], "256\r");
+    EXPECT_EQ(Lines[3], "0 255 0\r");      // first seen, top left
+    EXPECT_EQ(Lines[4], "255 255 255\r");
+    EXPECT_EQ(Lines[5], "255 0 0\r");
+    EXPECT_EQ(Lines[6], "0 0 0\r");        // the rest is black
+    EXPECT_EQ(basTsMainPro::ChartMode, basTsMainPro::ColorChartMode::PictureOwn);
+    // A picture of more colours is refused with the advice.
+    for (int X = 0; X < 40; ++X)
+        for (int Y = 0; Y < 10; ++Y)
+            Doc->Canvas->DIB.DIBhDC()->SetPixelV(X, Y, static_cast<uint32_t>(X * 10 + Y));
+    Boxes.Answer(basMsgBox::MsgBoxResult::No);
+    Doc->do_cmdPalette256Click();
+    ASSERT_FALSE(Boxes.Texts().empty());
+    EXPECT_EQ(Boxes.Texts().back(), "Current image not of 256 or less colors.   Create new/load existing palette file?\n"
+                                    "(To reduce colors of current image, use Color Reduction menu.)");
+}
