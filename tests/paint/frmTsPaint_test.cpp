@@ -1,5 +1,7 @@
 // The paint document driven as a user drives it: the frame's menus and toolbox, scripted file
 // dialogs and message boxes, mouse strokes on the canvas, and the files it leaves behind.
+#include <QDataStream>
+
 #include "PaintTest.h"
 
 
@@ -103,4 +105,41 @@ TEST_F(PaintTest, LoadOpenFileRefusesWithItsMessages)
     // A new picture has no format yet.
     Doc->mnuFileSave_Click();
     EXPECT_EQ(Boxes.Texts().back(), "This is a newly created, please choose a graphics format to save.");
+}
+
+TEST_F(PaintTest, TooLargeOrUnsavableFilesAreRefused)
+{
+    frmTsPaint* Doc = OpenThroughMenu(Suite + "rgb24.bmp");
+    ASSERT_NE(Doc, nullptr);
+    // A 1-bit BMP of 4000 x 4000, 16 million pixels: past the 15 million the editor takes.
+    const QString Big = Files.filePath("big.bmp");
+    {
+        const quint32 Rows = 500 * 4000, Offset = 14 + 40 + 8;
+        QByteArray Bmp;
+        QDataStream Out(&Bmp, QIODevice::WriteOnly);
+        Out.setByteOrder(QDataStream::LittleEndian);
+        Out << quint8('B') << quint8('M') << quint32(Offset + Rows) << quint32(0) << Offset;
+        Out << quint32(40) << qint32(4000) << qint32(4000) << quint16(1) << quint16(1) << quint32(0) << Rows
+            << qint32(2835) << qint32(2835) << quint32(2) << quint32(2);
+        Out << quint32(0) << quint32(0xFFFFFF);
+        Bmp.append(QByteArray(Rows, '\xFF'));
+        QFile File(Big);
+        ASSERT_TRUE(File.open(QIODevice::WriteOnly));
+        File.write(Bmp);
+    }
+    Doc->LoadOpenFile(Big, basTsMainPro::DocOpenFromFileOpen);
+    EXPECT_EQ(Boxes.Texts().back(), "Incoming image exceeds max size allowed.");
+    EXPECT_EQ(Doc->Canvas->DIB.DIBWidth(), 127);
+
+    // A read-only target, and a target that cannot be written at all.
+    const QString Locked = Files.filePath("locked.bmp");
+    QFile::copy(Suite + "rgb24.bmp", Locked);
+    QFile::setPermissions(Locked, QFile::ReadOwner);
+    Dialogs.Answer(Locked);
+    EXPECT_FALSE(Doc->SaveAsBMP());
+    EXPECT_EQ(Boxes.Texts().back(), "File is read only.");
+    Dialogs.Answer(Files.filePath("no/such/folder/x.bmp"));
+    EXPECT_FALSE(Doc->SaveAsBMP());
+    EXPECT_EQ(Boxes.Texts().back(), "Failed to save this file.");
+    EXPECT_EQ(Dialogs.Calls().back().Filter, "(*.bmp)|*.bmp|");
 }
