@@ -144,6 +144,8 @@ private:
     // frmTsPaint_Toolbox.cpp
     void SelectTool(int Index);
     void AbortRunningShape();
+    // frmTsPaint_View.cpp
+    bool SetZoom(int Factor);
     // frmTsPaint_Edit.cpp
     void SaveUndoState();
     void DropForUndo();

@@ -35,11 +35,24 @@ void frmTsPaint::Do_cmdZoomClick(int Index)
         Factor = std::max(1, Factor - 1);
     else
         Factor = 1;
+    SetZoom(Factor);
+}
+
+void frmTsPaint::Do_cboMagnifyClick()
+{
+    frmTsMainPro* F = Frame();
+    if (F && Canvas->DIB.DIBBitsPtr() && !SetZoom(F->cboMagnify->currentIndex() + 1))
+        F->cboMagnify->setCurrentIndex(Canvas->Magnify() - 1);
+}
+
+bool frmTsPaint::SetZoom(int Factor)
+{
     const QString Refusal = ucCanvas::MagnifyRefusalMessage(Canvas->DIB.DIBWidth(), Canvas->DIB.DIBHeight(), Factor);
     if (!Refusal.isEmpty()) {
         MsgBox(Refusal);
-        return;
+        return false;
     }
+    // The glass works only on the picture at its actual size.
     if (Canvas->CanvasOp() == ucCanvas::OpGlass && Factor != 1)
         Canvas->setCanvasOp(ucCanvas::OpScroll);
     Canvas->setMagnify(static_cast<int16_t>(Factor));
@@ -50,25 +63,7 @@ void frmTsPaint::Do_cmdZoomClick(int Index)
     }
     UpdateDisplay();
     Do_UpdateZoomButtons();
-}
-
-void frmTsPaint::Do_cboMagnifyClick()
-{
-    frmTsMainPro* F = Frame();
-    if (!F || !Canvas->DIB.DIBBitsPtr())
-        return;
-    const int Factor = F->cboMagnify->currentIndex() + 1;
-    const QString Refusal = ucCanvas::MagnifyRefusalMessage(Canvas->DIB.DIBWidth(), Canvas->DIB.DIBHeight(), Factor);
-    if (!Refusal.isEmpty()) {
-        MsgBox(Refusal);
-        F->cboMagnify->setCurrentIndex(Canvas->Magnify() - 1);
-        return;
-    }
-    Canvas->setMagnify(static_cast<int16_t>(Factor));
-    Canvas->setFitInView(false);
-    F->ckbFitIn->setChecked(false);
-    UpdateDisplay();
-    Do_UpdateZoomButtons();
+    return true;
 }
 
 void frmTsPaint::Do_ckbFitInClick()

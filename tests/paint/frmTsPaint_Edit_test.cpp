@@ -1,5 +1,6 @@
 // Regions, paste and crop through the document's commands, and the histories of two documents.
 #include <QClipboard>
+#include <QComboBox>
 #include <QImage>
 
 #include "PaintTest.h"
@@ -201,4 +202,17 @@ TEST_F(EditTest, ThePicturesOwnPaletteGoesToTheChart)
     ASSERT_FALSE(Boxes.Texts().empty());
     EXPECT_EQ(Boxes.Texts().back(), "Current image not of 256 or less colors.   Create new/load existing palette file?\n"
                                     "(To reduce colors of current image, use Color Reduction menu.)");
+}
+
+TEST_F(EditTest, ZoomStepsAndItsLimits)
+{
+    frmTsPaint* Doc = NewPicture(2000, 1500);
+    Frame->cmdZoom[0]->click();
+    EXPECT_EQ(Doc->Canvas->Magnify(), 2);
+    EXPECT_EQ(Frame->cboMagnify->currentIndex(), 1);
+    Frame->cmdZoom[0]->click();  // 6000 x 4500 is 27 million pixels
+    EXPECT_EQ(Boxes.Texts().back(), "Will result in W x H exceeding the max set (15000000 pixels).");
+    EXPECT_EQ(Doc->Canvas->Magnify(), 2);
+    Frame->cmdZoom[2]->click();
+    EXPECT_EQ(Doc->Canvas->Magnify(), 1);
 }
