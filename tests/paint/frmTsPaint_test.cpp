@@ -143,3 +143,24 @@ TEST_F(PaintTest, TooLargeOrUnsavableFilesAreRefused)
     EXPECT_EQ(Boxes.Texts().back(), "Failed to save this file.");
     EXPECT_EQ(Dialogs.Calls().back().Filter, "(*.bmp)|*.bmp|");
 }
+
+TEST_F(PaintTest, SingleDocumentModeOpensIntoTheSameWindow)
+{
+    frmTsPaint* Doc = OpenThroughMenu(Suite + "rgb24.bmp");
+    ASSERT_NE(Doc, nullptr);
+    basTsMainPro::SDIOnly = true;
+    Dialogs.Answer(Suite + "pal8.bmp");
+    Frame->cmdFileOpen->click();
+    QApplication::processEvents();
+    basTsMainPro::SDIOnly = false;
+    EXPECT_EQ(Frame->MdiArea->subWindowList().size(), 1);
+    EXPECT_EQ(Frame->ActiveChild(), Doc);
+    EXPECT_EQ(Doc->FilePath, Suite + "pal8.bmp");
+    EXPECT_EQ(Doc->History().UndoPos, 1);  // a new history for the new picture
+    // In the usual mode a second window opens.
+    Dialogs.Answer(Suite + "rgb24.bmp");
+    Frame->cmdFileOpen->click();
+    for (int I = 0; I < 5; ++I)
+        QApplication::processEvents();
+    EXPECT_EQ(Frame->MdiArea->subWindowList().size(), 2);
+}
