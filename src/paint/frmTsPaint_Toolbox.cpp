@@ -162,6 +162,7 @@ void frmTsPaint::Notify_FillPattern_FromMDI()
     frmTsMainPro* F = Frame();
     if (!F)
         return;
+    AbortRunningShape();
     const int Pattern = CheckedIndex(F->optFillPattern);
     if (Pattern == 9 && !Canvas->DIBPattern.DIBBitsPtr()) {
         MsgBox(QStringLiteral("No custom Pattern loaded yet.\n(To load a custom Pattern, click the Button)."));
@@ -188,6 +189,7 @@ void frmTsPaint::Notify_BrushStyle_FromMDI()
 
 void frmTsPaint::Notify_PaintBrushTranslucencyPercent()
 {
+    AbortRunningShape();
     if (frmTsMainPro* F = Frame())
         Canvas->PaintBrushTranslucencyPercent =
             static_cast<int16_t>(F->cboPaintBrushTranslucencyPercent->currentText().toInt());
@@ -195,12 +197,14 @@ void frmTsPaint::Notify_PaintBrushTranslucencyPercent()
 
 void frmTsPaint::Notify_SprayDensity()
 {
+    AbortRunningShape();
     if (frmTsMainPro* F = Frame())
         Canvas->SprayDensity = static_cast<int16_t>(std::max(0, F->cboSprayDensity->currentIndex()));
 }
 
 void frmTsPaint::Notify_SprayTranslucencyPercent()
 {
+    AbortRunningShape();
     if (frmTsMainPro* F = Frame())
         Canvas->SprayTranslucencyPercent = static_cast<int16_t>(F->cboSprayTranslucencyPercent->currentText().toInt());
 }

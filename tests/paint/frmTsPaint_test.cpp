@@ -1,6 +1,8 @@
 // The paint document driven as a user drives it: the frame's menus and toolbox, scripted file
 // dialogs and message boxes, mouse strokes on the canvas, and the files it leaves behind.
+#include <QComboBox>
 #include <QDataStream>
+#include <QRadioButton>
 
 #include "PaintTest.h"
 
@@ -163,4 +165,31 @@ TEST_F(PaintTest, SingleDocumentModeOpensIntoTheSameWindow)
     for (int I = 0; I < 5; ++I)
         QApplication::processEvents();
     EXPECT_EQ(Frame->MdiArea->subWindowList().size(), 2);
+}
+
+TEST_F(PaintTest, OptionsReachTheCanvasAndRefuseWhatIsNotLoaded)
+{
+    frmTsPaint* Doc = OpenThroughMenu(Suite + "rgb24.bmp");
+    ASSERT_NE(Doc, nullptr);
+    Frame->cboBrushSize->setCurrentIndex(6);
+    Frame->cboBrushSize->activated(6);
+    EXPECT_EQ(Doc->Canvas->BrushSize, 7);
+    Frame->optLineType[5]->click();
+    EXPECT_EQ(Doc->Canvas->LineType, 5);
+    // A polygon under way is taken back by any option change.
+    Frame->imgTools[3]->click();
+    Frame->optPolygonDrawMethod[1]->click();
+    Stroke(Doc, QPoint(10, 10), QPoint(10, 10));
+    Stroke(Doc, QPoint(40, 10), QPoint(40, 10));
+    ASSERT_TRUE(Doc->Canvas->PolygonInProgress());
+    Frame->optRectangleCornerShape[2]->click();
+    EXPECT_FALSE(Doc->Canvas->PolygonInProgress());
+    // Style 8 and pattern 9 need what was loaded for them.
+    Frame->optBrushStyle[8]->click();
+    EXPECT_EQ(Boxes.Texts().back(), "No custom brush loaded yet.\n(To load a custom brush, click the Button).");
+    EXPECT_EQ(Doc->Canvas->BrushStyle, 0);
+    EXPECT_TRUE(Frame->optBrushStyle[0]->isChecked());
+    Frame->optFillPattern[9]->click();
+    EXPECT_EQ(Boxes.Texts().back(), "No custom Pattern loaded yet.\n(To load a custom Pattern, click the Button).");
+    EXPECT_EQ(Doc->Canvas->FillPattern, 0);
 }
