@@ -2,7 +2,10 @@
 
 #include <QFileInfo>
 
+#include "basReduce.h"
 #include "clsDIB.h"
+#include "clsPal.h"
+#include "clsPalDither.h"
 
 namespace CliCommands {
 
@@ -84,14 +87,54 @@ int Info(const QStringList& A, QTextStream& Out, QTextStream& Err)
     return ExitOk;
 }
 
-int Convert(const QStringList& A, QTextStream& Err)
+int Convert(const QStringList& Arguments, QTextStream& Err)
 {
-    if (A.size() != 3 || !IsBmpName(A[2]))
-        return Usage(Err, "convert takes an input file and an output .bmp file");
+    // Options may stand anywhere after the command; two names remain: the input and the output.
+    QStringList Names;
+    basReduce::Recipe Plan;
+    bool Reduced = false, PaletteGiven = false, DitherGiven = false;
+    const QString Why = QStringLiteral(
+        "convert takes an input file and an output .bmp file, with --bpp 1|4|8 and its --palette or --dither");
+    for (int I = 1; I < Arguments.size(); ++I) {
+        const QString& A = Arguments[I];
+        const bool HasValue = I + 1 < Arguments.size();
+        if (A == "--bpp") {
+            if (!HasValue || !ParseInt(Arguments[++I], 1, 8, Plan.Bpp) || (Plan.Bpp != 1 && Plan.Bpp != 4 && Plan.Bpp != 8))
+                return Usage(Err, Why);
+            Reduced = true;
+        } else if (A == "--palette") {
+            if (!HasValue || !basReduce::ParsePalette(Arguments[++I], Plan))
+                return Usage(Err, Why);
+            PaletteGiven = true;
+        } else if (A == "--dither") {
+            if (!HasValue || !basReduce::ParseDither(Arguments[++I], Plan))
+                return Usage(Err, Why);
+            DitherGiven = true;
+        } else {
+            Names << A;
+        }
+    }
+    // A palette belongs to 4 and 8 bits, a black-and-white method to 1 bit.
+    if (Names.size() != 2 || !IsBmpName(Names[1]) || ((PaletteGiven || DitherGiven) && !Reduced) ||
+        (PaletteGiven && Plan.Bpp == 1) || (DitherGiven && Plan.Bpp != 1))
+        return Usage(Err, Why);
+    if (Reduced && Plan.Bpp == 4 && !PaletteGiven)
+        Plan.Palette = basReduce::PaletteKind::Standard16;
     clsDIB Dib;
-    if (!Load(A[1], Dib, Err))
+    if (!Load(Names[0], Dib, Err))
         return ExitFailure;
-    return Save(Dib, A[2], Err);
+    if (!Reduced)
+        return Save(Dib, Names[1], Err);
+    clsDIB Surface;
+    clsPal Pal;
+    clsPalDither Dither;
+    if (!To32(Dib, Surface))
+        return Fail(Err, MsgSaveFailed);
+    if (!basReduce::Reduce(Surface, Plan, Pal, Dither))
+        return Fail(Err, QStringLiteral("The palette does not fit %1 bits.").arg(Plan.Bpp));
+    return Surface.Save_BMP_To_File_With_PAL(Names[1], Surface, Pal, Dither, static_cast<int16_t>(Plan.Bpp))
+               ? ExitOk
+               : Fail(Err, MsgSaveFailed);
 }
 
 int Rotate(const QStringList& A, QTextStream& Err)
@@ -129,6 +172,10 @@ QString UsageText()
         "\n"
         "  info FILE                  size, depth, colour count, smallest depth and alpha of a picture\n"
         "  convert IN OUT.bmp         load a picture and write it as a 24-bit (or 32-bit with alpha) BMP\n"
+        "    --bpp 1|4|8              reduce the colours first and write a paletted BMP:\n"
+        "    --palette NAME           for 4 and 8 bits: optimal (8-bit default), exact, 16 (4-bit default),\n"
+        "                             grays, halftone:0..4, websafe\n"
+        "    --dither NAME            for 1 bit: stucki (default), floyd, burke, ordered\n"
         "  rotate MODE IN OUT.bmp     0 mirror left to right, 1 top to bottom, 2 quarter turn\n"
         "                             counter-clockwise, 3 quarter turn clockwise\n"
         "  resize W H IN OUT.bmp      bilinear resampling to W x H pixels\n"

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "UndoHistory.h"
+#include "basReduce.h"
 #include "clsPal.h"
 #include "clsPalDither.h"
 
@@ -113,6 +114,10 @@ public:
     void mnuEditCleansePaint_Click();
     void mnuEditClearClipboard_Click();
 
+    // The BPP menu.
+    void mnuColorReductionSub_Click(int Index);
+    void mnuColorReductionBWSub_Click(int Index);
+
     // The File menu's commands.
     void mnuFileSave_Click();
     bool SaveAsBMP();
@@ -141,6 +146,9 @@ private:
     bool TakePicture(clsDIB& Picture);
     void SetCaption();
     bool SaveTo(const QString& Path);
+    // frmTsPaint_BPP.cpp
+    void BuildBPPMenu();
+    void ReduceColors(const basReduce::Recipe& Plan);
     // frmTsPaint_Toolbox.cpp
     void SelectTool(int Index);
     void AbortRunningShape();

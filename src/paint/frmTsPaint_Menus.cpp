@@ -120,6 +120,8 @@ void frmTsPaint::BuildMenus()
             &frmTsPaint::mnuEditClearClipboard_Click);
     connect(mnuEdit, &QMenu::aboutToShow, this, &frmTsPaint::updateEditButtons);
 
+    BuildBPPMenu();
+
     mnuInquiry = DocumentMenuBar->addMenu(tr("&Inquiry"));
     mnuInquiry->setObjectName(QStringLiteral("mnuInquiry"));
     connect(mnuInquiry, &QMenu::aboutToShow, this, [this] {

@@ -167,3 +167,54 @@ TEST(CliHelp, PrintsUsageAndSucceeds)
     for (const char* Command : {"info FILE", "convert IN OUT.bmp", "rotate MODE IN OUT.bmp", "resize W H IN OUT.bmp"})
         EXPECT_TRUE(R.Out.contains(Command)) << Command;
 }
+
+TEST(CliConvert, ReducesToPalettedFilesThatImageMagickReadsAlike)
+{
+    QTemporaryDir Dir;
+    struct Case {
+        QStringList Options;
+        int Bpp;
+        int MaxColours;
+    };
+    const Case Cases[] = {
+        {{"--bpp", "8"}, 8, 256},
+        {{"--bpp", "8", "--palette", "websafe"}, 8, 216},
+        {{"--bpp", "8", "--palette", "halftone:1"}, 8, 27},
+        {{"--bpp", "4"}, 4, 16},
+        {{"--bpp", "4", "--palette", "grays"}, 4, 16},
+        {{"--bpp", "1"}, 1, 2},
+        {{"--bpp", "1", "--dither", "ordered"}, 1, 2},
+    };
+    for (const Case& C : Cases) {
+        const QString Out = Dir.filePath("out.bmp");
+        const CliResult R = RunCli(QStringList{"convert"} + C.Options + QStringList{Suite + "g/rgb24.bmp", Out});
+        ASSERT_EQ(R.Exit, 0) << C.Options.join(' ').toStdString() << R.Err.toStdString();
+        const QByteArray File = ReadAll(Out);
+        ASSERT_GT(File.size(), 54);
+        EXPECT_EQ(static_cast<uint8_t>(File[28]), C.Bpp) << C.Options.join(' ').toStdString();
+        EXPECT_EQ(LE32(File, 10), 54u + 4u * (1u << C.Bpp));  // the pixels follow the full colour table
+        // Two decoders agree on every pixel, and the colours fit the table.
+        const QString Ppm = Dir.filePath("out.ppm");
+        QProcess Convert;
+        Convert.start("convert", {Out, "-depth", "8", Ppm});
+        ASSERT_TRUE(Convert.waitForFinished(60000));
+        const QImage Ours = QImage(Out).convertToFormat(QImage::Format_RGB32);
+        const QImage Theirs = QImage(Ppm).convertToFormat(QImage::Format_RGB32);
+        ASSERT_EQ(Ours.size(), QSize(127, 64));
+        EXPECT_EQ(Ours, Theirs) << C.Options.join(' ').toStdString();
+        EXPECT_LE(UniqueColorsByImageMagick(Out), C.MaxColours);
+    }
+}
+
+TEST(CliConvert, RefusesReductionsThatDoNotFit)
+{
+    QTemporaryDir Dir;
+    const QString In = Suite + "g/rgb24.bmp", Out = Dir.filePath("out.bmp");
+    EXPECT_EQ(RunCli({"convert", "--bpp", "8", "--dither", "floyd", In, Out}).Exit, 2);
+    EXPECT_EQ(RunCli({"convert", "--palette", "16", In, Out}).Exit, 2);
+    EXPECT_EQ(RunCli({"convert", "--bpp", "2", In, Out}).Exit, 2);
+    EXPECT_EQ(RunCli({"convert", "--bpp", "8", "--palette", "halftone:5", In, Out}).Exit, 2);
+    const CliResult R = RunCli({"convert", "--bpp", "4", "--palette", "websafe", In, Out});
+    EXPECT_EQ(R.Exit, 1);
+    EXPECT_EQ(R.Err.trimmed(), "The palette does not fit 4 bits.");
+}
