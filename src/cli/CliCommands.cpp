@@ -1,9 +1,14 @@
 #include "CliCommands.h"
 
+#include <QDir>
 #include <QFileInfo>
+#include <QTemporaryDir>
 
+#include "basGIFpublic.h"
+#include "basMath.h"
 #include "basReduce.h"
 #include "clsDIB.h"
+#include "clsGIF.h"
 #include "clsPal.h"
 #include "clsPalDither.h"
 
@@ -15,6 +20,16 @@ namespace {
 const char* const MsgFileNotFound = "File not found";
 const char* const MsgLoadFailed = "Failed to retrieve incoming image";
 const char* const MsgSaveFailed = "Failed to save this file.";
+
+bool IsGifName(const QString& Name)
+{
+    return Name.toUpper().endsWith(".GIF");
+}
+
+std::string FileArgument(const QString& Name)
+{
+    return QFile::encodeName(Name).toStdString();
+}
 
 int Usage(QTextStream& Err, const QString& Why)
 {
@@ -71,6 +86,99 @@ int Save(clsDIB& Dib, const QString& FileName, QTextStream& Err)
     return Dib.Save_DIB_To_File(FileName, Dib) ? ExitOk : Fail(Err, MsgSaveFailed);
 }
 
+// Any picture as a GIF of at most 256 colours, through the palette work file in a folder of its own.
+int SaveGif(clsDIB& Dib, const QString& FileName, QTextStream& Err)
+{
+    QTemporaryDir Work;
+    clsPal Pal;
+    if (!Work.isValid() || !basGIFpublic::ReduceToPaletteFile(Dib, Pal, FileArgument(Work.path())) ||
+        !clsGIF().SaveGIFFrom_BPP8_DIB(FileArgument(FileName), Dib, Pal, false, -1, false))
+        return Fail(Err, MsgSaveFailed);
+    return ExitOk;
+}
+
+// Reads a GIF file; on a refusal prints the reader's message and answers false.
+bool LoadGif(const QString& FileName, clsGIF& Gif, QTextStream& Err)
+{
+    const int16_t Code = Gif.LoadFromGIFFile(FileArgument(FileName));
+    if (Code != 0) {
+        Err << QString::fromStdString(clsGIF::ErrMessageText(Code, FileArgument(FileName)));
+        Err.flush();
+    }
+    return Code == 0;
+}
+
+int GifInfo(const QStringList& A, QTextStream& Out, QTextStream& Err)
+{
+    clsGIF Gif;
+    if (!LoadGif(A[2], Gif, Err))
+        return ExitFailure;
+    QString Comment = QString::fromStdString(Gif.CommentText());
+    // Line breaks of a comment are shown escaped, so that the answer keeps one line a field.
+    Comment.replace("\r", "\\r").replace("\n", "\\n");
+    Out << "version: " << QString::fromStdString(Gif.GIFVersion()) << "\n";
+    Out << "screen: " << Gif.BgdWidth() << " x " << Gif.BgdHeight() << "\n";
+    Out << "background: " << int(Gif.BgdColorIndex()) << "\n";
+    Out << "loops: " << Gif.NetscapeLoops() << "\n";
+    Out << "global-palette: " << (Gif.GlobalPaletteExists() ? Gif.GlobalPaletteEntries() : 0) << "\n";
+    Out << "comment: " << Comment << "\n";
+    Out << "frames: " << Gif.FramesCount() << "\n";
+    for (int16_t F = 1; F <= Gif.FramesCount(); ++F) {
+        Out << "frame " << F << ": " << Gif.FrameWidth(F) << " x " << Gif.FrameHeight(F) << ", left "
+            << Gif.FrameLeft(F) << ", top " << Gif.FrameTop(F) << ", delay " << Gif.FrameDelay(F) << ", disposal "
+            << int(Gif.FrameDisposalMethod(F)) << ", transparent "
+            << (Gif.FrameUseTransparentColor(F) ? QString::number(Gif.FrameTransparentColorIndex(F)) : "-")
+            << ", interlaced " << (Gif.FrameInterlaced(F) ? "yes" : "no") << ", palette "
+            << (Gif.LocalPaletteUsed(F) ? QString::number(Gif.LocalPaletteEntries(F)) : "global") << "\n";
+    }
+    Out.flush();
+    return ExitOk;
+}
+
+// Each frame's indexes in its colours, transparent pixels with alpha 0, as 001.bmp, 002.bmp, ...
+int GifFrames(const QStringList& A, QTextStream& Out, QTextStream& Err)
+{
+    clsGIF Gif;
+    if (!LoadGif(A[2], Gif, Err))
+        return ExitFailure;
+    const QDir Folder(A[3]);
+    if (!Folder.mkpath("."))
+        return Fail(Err, MsgSaveFailed);
+    for (int16_t F = 1; F <= Gif.FramesCount(); ++F) {
+        clsDIB& Image = Gif.FrameDIBXOR(F);
+        clsDIB Frame;
+        if (!Image.DIBBitsPtr() || !Frame.CreateBlankDIB(Image.DIBWidth(), Image.DIBHeight(), 32, 0, false, true))
+            continue;
+        const bool Transparent = Gif.FrameUseTransparentColor(F);
+        for (int Y = 0; Y < Image.DIBHeight(); ++Y) {
+            const uint8_t* Index = Image.DIBhDC()->Row(Y);
+            uint8_t* Pixel = Frame.DIBhDC()->Row(Y);
+            for (int X = 0; X < Image.DIBWidth(); ++X, Pixel += 4) {
+                const uint32_t Color = Gif.LocalPaletteColor(F, Index[X]);
+                Pixel[0] = ColorB(Color);
+                Pixel[1] = ColorG(Color);
+                Pixel[2] = ColorR(Color);
+                Pixel[3] = Transparent && Index[X] == Gif.FrameTransparentColorIndex(F) ? 0 : 255;
+            }
+        }
+        Frame.setDIBhasAlpha(true);
+        if (!Frame.Save_DIB_To_File(Folder.filePath(QString("%1.bmp").arg(F, 3, 10, QChar('0'))), Frame))
+            return Fail(Err, MsgSaveFailed);
+    }
+    Out << "frames: " << Gif.FramesCount() << "\n";
+    Out.flush();
+    return ExitOk;
+}
+
+int Gif(const QStringList& A, QTextStream& Out, QTextStream& Err)
+{
+    if (A.size() == 3 && A[1] == "info")
+        return GifInfo(A, Out, Err);
+    if (A.size() == 4 && A[1] == "frames")
+        return GifFrames(A, Out, Err);
+    return Usage(Err, "gif takes info FILE or frames FILE DIR");
+}
+
 int Info(const QStringList& A, QTextStream& Out, QTextStream& Err)
 {
     if (A.size() != 2)
@@ -94,7 +202,8 @@ int Convert(const QStringList& Arguments, QTextStream& Err)
     basReduce::Recipe Plan;
     bool Reduced = false, PaletteGiven = false, DitherGiven = false;
     const QString Why = QStringLiteral(
-        "convert takes an input file and an output .bmp file, with --bpp 1|4|8 and its --palette or --dither");
+        "convert takes an input file and an output .bmp or .gif file, with --bpp 1|4|8 and its --palette or "
+        "--dither for .bmp");
     for (int I = 1; I < Arguments.size(); ++I) {
         const QString& A = Arguments[I];
         const bool HasValue = I + 1 < Arguments.size();
@@ -115,7 +224,8 @@ int Convert(const QStringList& Arguments, QTextStream& Err)
         }
     }
     // A palette belongs to 4 and 8 bits, a black-and-white method to 1 bit.
-    if (Names.size() != 2 || !IsBmpName(Names[1]) || ((PaletteGiven || DitherGiven) && !Reduced) ||
+    if (Names.size() != 2 || !(IsBmpName(Names[1]) || (IsGifName(Names[1]) && !Reduced)) ||
+        ((PaletteGiven || DitherGiven) && !Reduced) ||
         (PaletteGiven && Plan.Bpp == 1) || (DitherGiven && Plan.Bpp != 1))
         return Usage(Err, Why);
     if (Reduced && Plan.Bpp == 4 && !PaletteGiven)
@@ -123,6 +233,8 @@ int Convert(const QStringList& Arguments, QTextStream& Err)
     clsDIB Dib;
     if (!Load(Names[0], Dib, Err))
         return ExitFailure;
+    if (IsGifName(Names[1]))
+        return SaveGif(Dib, Names[1], Err);
     if (!Reduced)
         return Save(Dib, Names[1], Err);
     clsDIB Surface;
@@ -176,6 +288,9 @@ QString UsageText()
         "    --palette NAME           for 4 and 8 bits: optimal (8-bit default), exact, 16 (4-bit default),\n"
         "                             grays, halftone:0..4, websafe\n"
         "    --dither NAME            for 1 bit: stucki (default), floyd, burke, ordered\n"
+        "  convert IN OUT.gif         load a picture, reduce it to 256 colours or fewer and write a GIF\n"
+        "  gif info FILE              the screen, loops, palette and comment of a GIF, and one line a frame\n"
+        "  gif frames FILE DIR        each frame of a GIF in its colours as a 32-bit BMP: DIR/001.bmp, ...\n"
         "  rotate MODE IN OUT.bmp     0 mirror left to right, 1 top to bottom, 2 quarter turn\n"
         "                             counter-clockwise, 3 quarter turn clockwise\n"
         "  resize W H IN OUT.bmp      bilinear resampling to W x H pixels\n"
@@ -202,6 +317,8 @@ int Run(const QStringList& Arguments, QTextStream& Out, QTextStream& Err)
         return Rotate(Arguments, Err);
     if (Command == "resize")
         return Resize(Arguments, Err);
+    if (Command == "gif")
+        return Gif(Arguments, Out, Err);
     return Usage(Err, "unknown command \"" + Command + "\"");
 }
 

@@ -121,6 +121,8 @@ public:
     // The File menu's commands.
     void mnuFileSave_Click();
     bool SaveAsBMP();
+    void mnuFileSaveGIFSub_Click();
+    bool SaveAsGIF(const QString& Path);
     void mnuFileClose_Click();
     void mnuFileCloseAll_Click();
     void mnuFileExit_Click();
@@ -144,6 +146,8 @@ private:
     // frmTsPaint_File.cpp
     void FirstActivation();
     bool TakePicture(clsDIB& Picture);
+    // frmTsPaint_GIF.cpp
+    static bool ReadGIFFirstFrame(const QString& Path, clsDIB& Picture);
     void SetCaption();
     bool SaveTo(const QString& Path);
     // frmTsPaint_BPP.cpp

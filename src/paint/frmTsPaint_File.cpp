@@ -24,7 +24,7 @@ constexpr long long MaxPixels = 15000000;
 // Extensions whose readers arrive with their own codecs; until then they cannot be opened here.
 bool AwaitingOwnReader(const QString& Ext)
 {
-    static const QStringList Pending = {".ICO", ".CUR", ".TGA", ".PCX", ".PNG", ".TIF", ".TIFF", ".GIF"};
+    static const QStringList Pending = {".ICO", ".CUR", ".TGA", ".PCX", ".PNG", ".TIF", ".TIFF"};
     return Pending.contains(Ext);
 }
 
@@ -107,7 +107,8 @@ void frmTsPaint::LoadOpenFile(const QString& Path, int)
     }
     clsDIB Incoming;
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool Read = !AwaitingOwnReader(Ext) && Incoming.CreateDIBFromFile(Path, false);
+    const bool Read = !AwaitingOwnReader(Ext) && (Ext == ".GIF" ? ReadGIFFirstFrame(Path, Incoming)
+                                                                   : Incoming.CreateDIBFromFile(Path, false));
     QApplication::restoreOverrideCursor();
     // 4.
     if (!Read) {
@@ -190,6 +191,11 @@ void frmTsPaint::mnuFileSave_Click()
     const QString Ext = basTsMainPro::ParseFileSpec(FilePath, 6).toUpper();
     if (Ext == ".BMP") {
         SaveTo(FilePath);
+        return;
+    }
+    if (Ext == ".GIF") {
+        // A GIF asks its options again: they are not kept with the picture.
+        SaveAsGIF(FilePath);
         return;
     }
     if (Ext == ".JPG" || Ext == ".JPEG") {

@@ -43,10 +43,12 @@ void frmTsPaint::BuildMenus()
     SaveAs->setObjectName(QStringLiteral("mnuFileSaveAs"));
     connect(AddAction(SaveAs, "mnuFileSaveBMPSub", tr("&BMP ...."), QKeySequence::SaveAs), &QAction::triggered, this,
             [this] { SaveAsBMP(); });
+    connect(AddAction(SaveAs, "mnuFileSaveGIFSub", tr("&GIF ....")), &QAction::triggered, this,
+            &frmTsPaint::mnuFileSaveGIFSub_Click);
     // The other formats' writers arrive with their codecs.
     for (const auto& [Name, Caption] :
          {std::pair{"mnuFileSaveTGASub", "&TGA ...."}, std::pair{"mnuFileSavePCXSub", "P&CX ...."},
-          std::pair{"mnuFileSaveJPGSub", "&JPG ...."}, std::pair{"mnuFileSaveGIFSub", "&GIF ...."},
+          std::pair{"mnuFileSaveJPGSub", "&JPG ...."},
           std::pair{"mnuFileSavePNGSub", "&PNG ...."}, std::pair{"mnuFileSaveTIFSub", "T&IF ...."},
           std::pair{"mnuFileSaveICOSub", "&ICO ...."}, std::pair{"mnuFileSaveCURSub", "C&UR ...."}})
         AddAction(SaveAs, Name, tr(Caption))->setEnabled(false);

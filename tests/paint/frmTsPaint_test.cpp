@@ -5,6 +5,9 @@
 #include <QRadioButton>
 
 #include "PaintTest.h"
+#include "frmTsFileSaveGIForPNG.h"
+
+#include <QCheckBox>
 
 
 TEST_F(PaintTest, OpenPaintUndoRedoSaveAndReopen)
@@ -192,4 +195,39 @@ TEST_F(PaintTest, OptionsReachTheCanvasAndRefuseWhatIsNotLoaded)
     Frame->optFillPattern[9]->click();
     EXPECT_EQ(Boxes.Texts().back(), "No custom Pattern loaded yet.\n(To load a custom Pattern, click the Button).");
     EXPECT_EQ(Doc->Canvas->FillPattern, 0);
+}
+
+TEST_F(PaintTest, GifOpensItsFirstFrameAndAPictureSavesAsGif)
+{
+    basTsMainPro::NewImageWidth = 30;
+    basTsMainPro::NewImageHeight = 20;
+    auto* Doc = qobject_cast<frmTsPaint*>(Frame->ShowNewDocument(basTsMainPro::DocOpenFromFileNew, QString()));
+    for (int I = 0; I < 5; ++I)
+        QApplication::processEvents();
+    ASSERT_NE(Doc, nullptr);
+    Doc->Canvas->DIB.DIBhDC()->FillRect(5, 5, 10, 6, 0x0000FF);
+    const std::vector<uint32_t> Painted = Pixels(Doc->Canvas->DIB);
+    const QString Target = Files.filePath("saved.gif");
+
+    // Neither transparent nor interlaced: asked first, and No saves nothing.
+    frmTsFileSaveGIForPNG::Answer = [](frmTsFileSaveGIForPNG&) { return true; };
+    Boxes.Answer(basMsgBox::MsgBoxResult::No);
+    EXPECT_FALSE(Doc->SaveAsGIF(Target));
+    EXPECT_EQ(Boxes.Texts().back(), "Non-transparent and non-interlaced.   Proceed?");
+    EXPECT_FALSE(QFile::exists(Target));
+
+    frmTsFileSaveGIForPNG::Answer = [](frmTsFileSaveGIForPNG& Options) {
+        Options.ckbGIFinterlaced->setChecked(true);
+        return true;
+    };
+    EXPECT_TRUE(Doc->SaveAsGIF(Target));
+    frmTsFileSaveGIForPNG::Answer = nullptr;
+    EXPECT_EQ(Boxes.Texts().back(), "Saved to " + Target);
+    EXPECT_FALSE(QFile::exists(basTsMainPro::TempFolder + "xxGIF256.bmp"));
+    EXPECT_EQ(Doc->windowTitle(), basTsMainPro::ShortenPathForDisplay(Target, 80));
+
+    // Two colours survive the palette exactly; the file opens to the same picture.
+    frmTsPaint* Again = OpenThroughMenu(Target);
+    ASSERT_NE(Again, nullptr);
+    EXPECT_EQ(Pixels(Again->Canvas->DIB), Painted);
 }
