@@ -10,6 +10,7 @@ declare -A seeds=(
   [fuzz_bmp_loader]="$testdata/bmpsuite/g $testdata/bmpsuite/q $testdata/bmpsuite/b $testdata/bmp-extra"
   [fuzz_ini]="fuzz/seeds/ini"
   [fuzz_metafile]="$testdata/wmf-emf"
+  [fuzz_gif]="$testdata/gif-testsuite $testdata/gif-peterdn $testdata/gif-giflib $testdata/gif-extra"
 )
 status=0
 for target in "${!seeds[@]}"; do

@@ -12,7 +12,6 @@
 
 #include "clsDIB.h"
 #include "clsPal.h"
-#include "clsPalDither.h"
 
 class DeviceContext;
 
@@ -236,9 +235,9 @@ private:
     static int16_t ReadStream(const std::vector<uint8_t>& Bytes, FileHeader& Header,
                               std::vector<FrameControl>& Controls, std::vector<FrameRecord>& Records,
                               int16_t& Images, bool FirstImageOnly);
-    // The file tests; on success Bytes holds the whole file. ReadFailure is the code of a file
-    // that passes the tests but cannot be read.
-    static int16_t FileTests(const std::string& FileName, std::vector<uint8_t>& Bytes, int16_t ReadFailure);
+    // The file tests; on success Bytes holds the whole file. ReadFailureCode is the code of a
+    // file that passes the tests but cannot be read.
+    static int16_t FileTests(const std::string& FileName, std::vector<uint8_t>& Bytes, int16_t ReadFailureCode);
     // The file tests and the reader for the first image of a file; the object is not touched.
     static int16_t ReadFirstImage(const std::string& FileName, LoadedImage& Image);
     static void DecodeFrame(FrameRecord& Record, const FrameControl& Control, uint8_t MinCodeSize,
@@ -250,12 +249,14 @@ private:
                     int32_t TransparentColor, int16_t Left, int16_t Top, bool Interlaced);
     // Opens a slot at Frame: the count grows by one and the frames from Frame on move up by one.
     void OpenSlot(int16_t Frame);
+    // Cuts a frame after the first to its part inside the logical screen.
     void ClipFrameToScreen(int16_t Frame);
     bool ValidFrame(int16_t Frame) const { return Frame >= 1 && Frame <= Count; }
     void EnsureRecords(int32_t Upper);
     void ResetRecords();
     static uint32_t PaletteColor(const std::array<uint8_t, 1024>& Palette, int32_t Index);
 
+    // A short-lived 32-bit surface for drawing a frame's background.
     clsDIB ScratchA;
     FileHeader Header;
     int16_t Count = 0;

@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "basGIFLZWEnc.h"
+#include "clsPal.h"
 
 namespace {
 

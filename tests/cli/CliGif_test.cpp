@@ -39,7 +39,10 @@ bool ReadBmp32(const QString& File, int& Width, int& Height, QByteArray& Rgb, QB
     const QByteArray B = ReadAll(File);
     if (B.size() < 54 || B[28] != 32)
         return false;
-    auto Le32 = [&B](int At) { return *reinterpret_cast<const int32_t*>(B.constData() + At); };
+    auto Le32 = [&B](int At) {
+        return static_cast<int32_t>(uint8_t(B[At]) | (uint8_t(B[At + 1]) << 8) | (uint8_t(B[At + 2]) << 16) |
+                                    (uint32_t(uint8_t(B[At + 3])) << 24));
+    };
     Width = Le32(18);
     Height = Le32(22);
     if (B.size() != 54 + Width * Height * 4)

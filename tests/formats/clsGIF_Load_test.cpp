@@ -132,6 +132,10 @@ TEST(clsGIFLoad, StreamRefusalsAndTolerances)
         {"cut in the screen descriptor", Stream().Text("GIF89a").Raw({1, 0, 1}), 11, 0},
         {"cut in the signature", Stream().Text("GI"), 20, 0},
         {"frame too large to allocate", Huge, 20, 0},
+        {"damaged LZW data ends the frame silently",
+         Stream::Head("89a", 4, 4).Raw({0x2C}).Word(0).Word(0).Word(4).Word(4).Raw({0, 2}).SubBlocks({0xFF, 0x13, 0xFE})
+             .Trailer(),
+         0, 1},
         {"short NETSCAPE2.0 block",
          Stream::Head("89a", 1, 1).Raw({0x21, 0xFF, 11}).Text("NETSCAPE2.0").SubBlocks({1}).Image(0, 0, 1, 1, Dot).Trailer(),
          20, 0},
