@@ -150,6 +150,8 @@ private:
     static bool ReadGIFFirstFrame(const QString& Path, clsDIB& Picture);
     void SetCaption();
     bool SaveTo(const QString& Path);
+    // The message of a failed save, or the picture taken as the file it was saved to.
+    bool AfterSave(bool Saved, const QString& Path);
     // frmTsPaint_BPP.cpp
     void BuildBPPMenu();
     void ReduceColors(const basReduce::Recipe& Plan);

@@ -231,10 +231,16 @@ bool frmTsPaint::SaveTo(const QString& Path)
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const bool Saved = Canvas->DIB.Save_DIB_To_File(Path, Canvas->DIB);
     QApplication::restoreOverrideCursor();
+    return AfterSave(Saved, Path);
+}
+
+bool frmTsPaint::AfterSave(bool Saved, const QString& Path)
+{
     if (!Saved) {
         MsgBox(QStringLiteral("Failed to save this file."));
         return false;
     }
+    // The picture is now that file: its name in the caption and the history, nothing unsaved.
     FilePath = Path;
     SetCaption();
     MarkDirty(false);

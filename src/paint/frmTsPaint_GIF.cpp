@@ -86,13 +86,8 @@ bool frmTsPaint::SaveAsGIF(const QString& Path)
     }
     QFile::remove(Intermediate);
     QApplication::restoreOverrideCursor();
-    if (!Saved) {
-        MsgBox(QStringLiteral("Failed to save this file."));
+    if (!AfterSave(Saved, Path))
         return false;
-    }
-    FilePath = Path;
-    SetCaption();
-    MarkDirty(false);
     MsgBox(QStringLiteral("Saved to ") + Path);
     return true;
 }

@@ -2,6 +2,8 @@
 // files it writes, checked against an independent decoder and ImageMagick's colour count.
 #include <gtest/gtest.h>
 
+#include "CliTest.h"
+
 #include <QFile>
 #include <QImage>
 #include <QProcess>
@@ -10,21 +12,6 @@
 namespace {
 
 const QString Suite = QStringLiteral(TESSAVO_TESTDATA "/bmpsuite/");
-
-struct CliResult {
-    int Exit = -1;
-    QString Out;
-    QString Err;
-};
-
-CliResult RunCli(const QStringList& Arguments)
-{
-    QProcess Process;
-    Process.start(QStringLiteral(TESSAVO_CLI), Arguments);
-    Process.waitForFinished(60000);
-    return {Process.exitStatus() == QProcess::NormalExit ? Process.exitCode() : -1,
-            QString::fromUtf8(Process.readAllStandardOutput()), QString::fromUtf8(Process.readAllStandardError())};
-}
 
 int UniqueColorsByImageMagick(const QString& File)
 {
@@ -41,11 +28,6 @@ uint32_t LE32(const QByteArray& B, int At)
            (static_cast<uint8_t>(B[At + 2]) << 16) | (static_cast<uint32_t>(static_cast<uint8_t>(B[At + 3])) << 24);
 }
 
-QByteArray ReadAll(const QString& File)
-{
-    QFile F(File);
-    return F.open(QIODevice::ReadOnly) ? F.readAll() : QByteArray();
-}
 
 } // namespace
 

@@ -2,6 +2,8 @@
 // reference decodes, and convert to GIF read back by Qt's own GIF reader.
 #include <gtest/gtest.h>
 
+#include "CliTest.h"
+
 #include <QFile>
 #include <QImage>
 #include <QProcess>
@@ -12,26 +14,6 @@ namespace {
 
 const QString GifSuite = QStringLiteral(TESSAVO_TESTDATA "/");
 
-struct CliResult {
-    int Exit = -1;
-    QString Out;
-    QString Err;
-};
-
-CliResult RunCli(const QStringList& Arguments)
-{
-    QProcess Process;
-    Process.start(QStringLiteral(TESSAVO_CLI), Arguments);
-    Process.waitForFinished(60000);
-    return {Process.exitStatus() == QProcess::NormalExit ? Process.exitCode() : -1,
-            QString::fromUtf8(Process.readAllStandardOutput()), QString::fromUtf8(Process.readAllStandardError())};
-}
-
-QByteArray ReadAll(const QString& File)
-{
-    QFile F(File);
-    return F.open(QIODevice::ReadOnly) ? F.readAll() : QByteArray();
-}
 
 // A 32-bit BMP's pixels as red, green, blue rows top first, and its alpha bytes.
 bool ReadBmp32(const QString& File, int& Width, int& Height, QByteArray& Rgb, QByteArray& Alpha)
