@@ -37,23 +37,25 @@ bool MakePicture(clsDIB& Dib)
     return true;
 }
 
-// A history in the temporary folder, under a name no running program uses.
-void Prepare(UndoHistory& History)
+// A history in the temporary folder, under a name no running program uses, and its picture;
+// false (the benchmark skipped) when the picture cannot be made.
+bool Prepare(benchmark::State& State, UndoHistory& History, clsDIB& Picture)
 {
     if (basTsMainPro::TempFolder.isEmpty())
         basTsMainPro::TempFolder = QDir::tempPath() + QLatin1Char('/');
     History.UndoBase = basTsMainPro::TempFolder + QStringLiteral("bench%1_").arg(getpid());
+    if (MakePicture(Picture))
+        return true;
+    State.SkipWithError("no surface");
+    return false;
 }
 
 void SaveUndoState(benchmark::State& State)
 {
     clsDIB Picture;
     UndoHistory History;
-    Prepare(History);
-    if (!MakePicture(Picture)) {
-        State.SkipWithError("no surface");
+    if (!Prepare(State, History, Picture))
         return;
-    }
     for (int I = 0; I < UndoHistory::MaxStates; ++I)
         History.SaveUndoState(Picture);
     for (auto _ : State) {
@@ -68,11 +70,8 @@ void UndoRedo(benchmark::State& State)
 {
     clsDIB Picture;
     UndoHistory History;
-    Prepare(History);
-    if (!MakePicture(Picture)) {
-        State.SkipWithError("no surface");
+    if (!Prepare(State, History, Picture))
         return;
-    }
     History.SaveUndoState(Picture);
     History.SaveUndoState(Picture);
     bool Back = true;
@@ -90,11 +89,8 @@ void FiftyStatesMemory(benchmark::State& State)
 {
     clsDIB Picture;
     UndoHistory History;
-    Prepare(History);
-    if (!MakePicture(Picture)) {
-        State.SkipWithError("no surface");
+    if (!Prepare(State, History, Picture))
         return;
-    }
     History.SaveUndoState(Picture);
     const double Before = PeakRssMB();
     for (auto _ : State)

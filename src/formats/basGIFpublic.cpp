@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <fstream>
 
+#include "BmpFileHeader.h"
 #include "DeviceContext.h"
 #include "clsDIB.h"
 #include "clsPal.h"
@@ -11,18 +12,6 @@
 namespace basGIFpublic {
 
 namespace {
-
-void Put16(std::vector<uint8_t>& Out, uint32_t Value)
-{
-    Out.push_back(static_cast<uint8_t>(Value & 255));
-    Out.push_back(static_cast<uint8_t>((Value >> 8) & 255));
-}
-
-void Put32(std::vector<uint8_t>& Out, uint32_t Value)
-{
-    Put16(Out, Value & 0xFFFF);
-    Put16(Out, Value >> 16);
-}
 
 // A 32-bit bottom-up copy of any surface: its storage rows are the rows of a BMP file.
 bool BottomUp32(clsDIB& From, clsDIB& To)
@@ -65,19 +54,8 @@ bool SaveBMPWithPalette(const std::string& FileName, clsDIB& Dib, const clsPal& 
     const int32_t Stride = (Width * Bits + 31) / 32 * 4;
     const uint32_t TableBytes = (1u << Bits) * 4;
     const uint32_t PixelBytes = static_cast<uint32_t>(Stride) * static_cast<uint32_t>(Height);
-    std::vector<uint8_t> Out;
+    std::vector<uint8_t> Out = BmpFileHeaders(Width, Height, Bits, TableBytes, PixelBytes, true);
     Out.reserve(54 + TableBytes + PixelBytes);
-    Put16(Out, 0x4D42);
-    Put32(Out, 54 + TableBytes + PixelBytes);
-    Put32(Out, 0);
-    Put32(Out, 54 + TableBytes);
-    Put32(Out, 40);
-    Put32(Out, static_cast<uint32_t>(Width));
-    Put32(Out, static_cast<uint32_t>(Height));
-    Put16(Out, 1);
-    Put16(Out, static_cast<uint32_t>(Bits));
-    for (int I = 0; I < 6; ++I)
-        Put32(Out, 0);
     const uint8_t* Table = Pal.PalettePtr();
     for (uint32_t I = 0; I < TableBytes; I += 4) {
         Out.push_back(Table[I]);

@@ -92,15 +92,32 @@ bool OpenFresh(const std::string& FileName, std::ofstream& File)
     return File.is_open();
 }
 
-} // namespace
-
-bool clsGIF::Save(const std::string& FileName, int16_t FrameOne, const std::string& Comment)
+// Opens the file afresh, builds its bytes with Body and writes them; a failure while building
+// still writes what was built, and answers false.
+template <class Build>
+bool WriteGIF(const std::string& FileName, Build&& Body)
 {
     std::ofstream File;
     if (!OpenFresh(FileName, File))
         return false;
     Writer Out;
     try {
+        Body(Out);
+    } catch (const WriteFailure&) {
+        Flush(File, Out);
+        return false;
+    } catch (const std::bad_alloc&) {
+        Flush(File, Out);
+        return false;
+    }
+    return Flush(File, Out);
+}
+
+} // namespace
+
+bool clsGIF::Save(const std::string& FileName, int16_t FrameOne, const std::string& Comment)
+{
+    return WriteGIF(FileName, [&](Writer& Out) {
         Out.Text("GIF");
         Out.Text(Count > 0 || Controls[1].UseTransparentColor || !Comment.empty() ? "89a" : "87a");
         const int32_t GlobalBits = Header.GlobalExists ? TableBits(Header.GlobalEntries) : 0;
@@ -157,14 +174,7 @@ bool clsGIF::Save(const std::string& FileName, int16_t FrameOne, const std::stri
                           Record.Interlaced);
         }
         Out.Byte(0x3B);
-    } catch (const WriteFailure&) {
-        Flush(File, Out);
-        return false;
-    } catch (const std::bad_alloc&) {
-        Flush(File, Out);
-        return false;
-    }
-    return Flush(File, Out);
+    });
 }
 
 bool clsGIF::SaveGIFFrom_BPP8_DIB(const std::string& FileName, clsDIB& Dib, const clsPal& Pal, bool UseTransparent,
@@ -172,11 +182,7 @@ bool clsGIF::SaveGIFFrom_BPP8_DIB(const std::string& FileName, clsDIB& Dib, cons
 {
     if (!Dib.DIBBitsPtr() || Dib.DIBbpp() != 8)
         return false;
-    std::ofstream File;
-    if (!OpenFresh(FileName, File))
-        return false;
-    Writer Out;
-    try {
+    return WriteGIF(FileName, [&](Writer& Out) {
         Out.Text("GIF");
         Out.Text(!Comment.empty() || UseTransparent ? "89a" : "87a");
         Out.Word(Dib.DIBWidth());
@@ -212,12 +218,5 @@ bool clsGIF::SaveGIFFrom_BPP8_DIB(const std::string& FileName, clsDIB& Dib, cons
         Out.Byte(Interlace ? 0x47 : 7);
         Out.ImageData(Dib, 8, Interlace);
         Out.Byte(0x3B);
-    } catch (const WriteFailure&) {
-        Flush(File, Out);
-        return false;
-    } catch (const std::bad_alloc&) {
-        Flush(File, Out);
-        return false;
-    }
-    return Flush(File, Out);
+    });
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "BmpFileHeader.h"
 #include "basMath.h"
 #include "clsDIB.h"
 #include "clsPal.h"
@@ -28,40 +29,6 @@ void StretchInMode(DeviceContext* Target, bool Halftone, int X, int Y, int Width
     SetStretchBltMode(Target, Halftone ? HALFTONE : COLORONCOLOR);
     StretchBlt(Target, X, Y, Width, Height, Source, SrcX, SrcY, SrcWidth, SrcHeight, SRCCOPY);
     SetStretchBltMode(Target, OldMode);
-}
-
-void PutLE16(std::vector<uint8_t>& Out, uint32_t Value)
-{
-    Out.push_back(static_cast<uint8_t>(Value));
-    Out.push_back(static_cast<uint8_t>(Value >> 8));
-}
-
-void PutLE32(std::vector<uint8_t>& Out, uint32_t Value)
-{
-    PutLE16(Out, Value & 0xFFFF);
-    PutLE16(Out, Value >> 16);
-}
-
-// File header and BITMAPINFOHEADER. The file size field leaves out the 14 bytes of the
-// file header: the program has always written it so.
-std::vector<uint8_t> BmpHeaders(int32_t Width, int32_t Height, int BitCount, uint32_t TableBytes,
-                                uint32_t PixelBytes)
-{
-    std::vector<uint8_t> Out;
-    Out.reserve(54 + TableBytes);
-    Out.push_back('B');
-    Out.push_back('M');
-    PutLE32(Out, 40 + TableBytes + PixelBytes);
-    PutLE32(Out, 0);
-    PutLE32(Out, 54 + TableBytes);
-    PutLE32(Out, 40);
-    PutLE32(Out, static_cast<uint32_t>(Width));
-    PutLE32(Out, static_cast<uint32_t>(Height));
-    PutLE16(Out, 1);
-    PutLE16(Out, static_cast<uint32_t>(BitCount));
-    for (int I = 0; I < 6; ++I)
-        PutLE32(Out, 0);
-    return Out;
 }
 
 // The surface's rows at the depth asked for, bottom row first, as GetDIBits gives them.
@@ -170,7 +137,7 @@ bool clsDIB::Save_DIB_To_File(const QString& FileName, clsDIB& Source)
         return false;
     const int BitCount = (Source.Bpp == 32 && Source.HasAlpha) ? 32 : 24;
     const std::vector<uint8_t> Rows = DIBits(Source.Context.get(), BitCount);
-    const auto Head = BmpHeaders(Source.Width, Source.Height, BitCount, 0, static_cast<uint32_t>(Rows.size()));
+    const auto Head = BmpFileHeaders(Source.Width, Source.Height, BitCount, 0, static_cast<uint32_t>(Rows.size()), false);
     return WriteFile(FileName, Head, Rows.data(), Rows.size());
 }
 
@@ -181,7 +148,8 @@ bool clsDIB::Save_BMP_To_File_With_PAL(const QString& FileName, clsDIB& Source, 
         return false;
     const uint32_t TableBytes = BPP < 9 ? (1u << BPP) * 4 : 0;
     const uint32_t RowBytes = static_cast<uint32_t>((static_cast<int64_t>(Source.Width) * BPP + 31) / 32 * 4);
-    auto Head = BmpHeaders(Source.Width, Source.Height, BPP, TableBytes, RowBytes * static_cast<uint32_t>(Source.Height));
+    auto Head = BmpFileHeaders(Source.Width, Source.Height, BPP, TableBytes, RowBytes * static_cast<uint32_t>(Source.Height),
+                               false);
     for (uint32_t I = 0; I < TableBytes / 4; ++I) {
         const auto Index = static_cast<uint8_t>(I);
         Head.push_back(Pal.rgbB(Index));
