@@ -11,6 +11,7 @@ declare -A seeds=(
   [fuzz_ini]="fuzz/seeds/ini"
   [fuzz_metafile]="$testdata/wmf-emf"
   [fuzz_gif]="$testdata/gif-testsuite $testdata/gif-peterdn $testdata/gif-giflib $testdata/gif-extra"
+  [fuzz_png]="$testdata/pngsuite/png $testdata/png-extra/gdk-pixbuf $testdata/png-extra/gfxprim $testdata/png-extra/image-png $testdata/png-extra/libspng $testdata/png-extra/pillow"
 )
 status=0
 for target in "${!seeds[@]}"; do

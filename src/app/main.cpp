@@ -2,6 +2,7 @@
 #include "basMain.h"
 #include "basMsgBox.h"
 #include "clsGIF.h"
+#include "clsPNG.h"
 #include "frmTsColorChart.h"
 #include "frmTsPaint.h"
 #include "frmTsPanoramic.h"
@@ -19,6 +20,9 @@ int main(int argc, char** argv)
     QGuiApplication::setDesktopFileName(QStringLiteral("tessavo"));
     // The file classes' messages reach the user through the program's message box.
     clsGIF::MessageSink = [](const std::string& Text, const std::string&) {
+        basMsgBox::MsgBox(QString::fromStdString(Text), basMsgBox::MsgBoxButtons::OK, basMsgBox::MsgBoxIcon::Exclamation);
+    };
+    clsPNG::MessageSink = [](const std::string& Text, const std::string&) {
         basMsgBox::MsgBox(QString::fromStdString(Text), basMsgBox::MsgBoxButtons::OK, basMsgBox::MsgBoxIcon::Exclamation);
     };
     frmTsColorChart::Register();

@@ -26,25 +26,6 @@ bool IsGifName(const QString& Name)
     return Name.toUpper().endsWith(".GIF");
 }
 
-std::string FileArgument(const QString& Name)
-{
-    return QFile::encodeName(Name).toStdString();
-}
-
-int Usage(QTextStream& Err, const QString& Why)
-{
-    Err << "tessavo-cli: " << Why << "\n" << UsageText();
-    Err.flush();
-    return ExitUsage;
-}
-
-int Fail(QTextStream& Err, const QString& Message)
-{
-    Err << Message << "\n";
-    Err.flush();
-    return ExitFailure;
-}
-
 bool ParseInt(const QString& Text, int Low, int High, int& Value)
 {
     bool Ok = false;
@@ -55,20 +36,6 @@ bool ParseInt(const QString& Text, int Low, int High, int& Value)
 bool IsBmpName(const QString& Name)
 {
     return Name.toUpper().endsWith(".BMP");
-}
-
-// Loads a picture file into a surface; on failure prints the message and answers false.
-bool Load(const QString& FileName, clsDIB& Dib, QTextStream& Err)
-{
-    if (!QFileInfo(FileName).isFile()) {
-        Fail(Err, MsgFileNotFound);
-        return false;
-    }
-    if (!Dib.CreateDIBFromFile(FileName, false)) {
-        Fail(Err, MsgLoadFailed);
-        return false;
-    }
-    return true;
 }
 
 // The pixel routines work on 32 bits a pixel: a surface of any depth is painted on one.
@@ -277,6 +244,38 @@ int Resize(const QStringList& A, QTextStream& Err)
 
 } // namespace
 
+std::string FileArgument(const QString& Name)
+{
+    return QFile::encodeName(Name).toStdString();
+}
+
+int Usage(QTextStream& Err, const QString& Why)
+{
+    Err << "tessavo-cli: " << Why << "\n" << UsageText();
+    Err.flush();
+    return ExitUsage;
+}
+
+int Fail(QTextStream& Err, const QString& Message)
+{
+    Err << Message << "\n";
+    Err.flush();
+    return ExitFailure;
+}
+
+bool Load(const QString& FileName, clsDIB& Dib, QTextStream& Err)
+{
+    if (!QFileInfo(FileName).isFile()) {
+        Fail(Err, MsgFileNotFound);
+        return false;
+    }
+    if (!Dib.CreateDIBFromFile(FileName, false)) {
+        Fail(Err, MsgLoadFailed);
+        return false;
+    }
+    return true;
+}
+
 QString UsageText()
 {
     return QStringLiteral(
@@ -289,8 +288,13 @@ QString UsageText()
         "                             grays, halftone:0..4, websafe\n"
         "    --dither NAME            for 1 bit: stucki (default), floyd, burke, ordered\n"
         "  convert IN OUT.gif         load a picture, reduce it to 256 colours or fewer and write a GIF\n"
+        "  convert IN OUT.png         load a picture and write it as a PNG\n"
+        "    --bpp 8|24               24 (default): true colour; 8: reduced to 256 colours or fewer, paletted\n"
         "  gif info FILE              the screen, loops, palette and comment of a GIF, and one line a frame\n"
         "  gif frames FILE DIR        each frame of a GIF in its colours as a 32-bit BMP: DIR/001.bmp, ...\n"
+        "  png tags FILE              one line a chunk of a PNG: type/length/stored CRC in hexadecimal\n"
+        "  png decode FILE OUT.bmp    a PNG as a BMP: 32-bit with alpha when the picture has alpha,\n"
+        "                             24-bit otherwise\n"
         "  rotate MODE IN OUT.bmp     0 mirror left to right, 1 top to bottom, 2 quarter turn\n"
         "                             counter-clockwise, 3 quarter turn clockwise\n"
         "  resize W H IN OUT.bmp      bilinear resampling to W x H pixels\n"
@@ -312,13 +316,15 @@ int Run(const QStringList& Arguments, QTextStream& Out, QTextStream& Err)
     if (Command == "info")
         return Info(Arguments, Out, Err);
     if (Command == "convert")
-        return Convert(Arguments, Err);
+        return IsPngConvert(Arguments) ? ConvertPng(Arguments, Err) : Convert(Arguments, Err);
     if (Command == "rotate")
         return Rotate(Arguments, Err);
     if (Command == "resize")
         return Resize(Arguments, Err);
     if (Command == "gif")
         return Gif(Arguments, Out, Err);
+    if (Command == "png")
+        return Png(Arguments, Out, Err);
     return Usage(Err, "unknown command \"" + Command + "\"");
 }
 

@@ -2,6 +2,9 @@
 // The commands of tessavo-cli, apart from main() so that tests can run them in-process.
 #include <QStringList>
 #include <QTextStream>
+#include <string>
+
+class clsDIB;
 
 namespace CliCommands {
 
@@ -14,5 +17,21 @@ QString UsageText();
 // Runs one command line (without the program name). Results go to Out, the program's
 // messages and usage errors to Err. Returns the exit code.
 int Run(const QStringList& Arguments, QTextStream& Out, QTextStream& Err);
+
+// Shared by the command files.
+// Prints the reason and the usage text; ExitUsage.
+int Usage(QTextStream& Err, const QString& Why);
+// Prints the message; ExitFailure.
+int Fail(QTextStream& Err, const QString& Message);
+// Loads a picture file into a surface; on failure prints the message and answers false.
+bool Load(const QString& FileName, clsDIB& Dib, QTextStream& Err);
+// A file name as the file classes take it.
+std::string FileArgument(const QString& Name);
+
+// CliPng.cpp: png tags FILE, png decode FILE OUT.bmp.
+int Png(const QStringList& Arguments, QTextStream& Out, QTextStream& Err);
+// True when a convert command line names a .png output; ConvertPng then runs it.
+bool IsPngConvert(const QStringList& Arguments);
+int ConvertPng(const QStringList& Arguments, QTextStream& Err);
 
 } // namespace CliCommands

@@ -123,6 +123,10 @@ public:
     bool SaveAsBMP();
     void mnuFileSaveGIFSub_Click();
     bool SaveAsGIF(const QString& Path);
+    // The PNG kinds of the Save As menu, in its order.
+    enum PNGKind { PNG24Bit = 0, PNGOptimized = 1, PNG8Bit = 2 };
+    void mnuFileSavePNGSub_Click(int Index);
+    bool SaveAsPNG(const QString& Path, int Index);
     void mnuFileClose_Click();
     void mnuFileCloseAll_Click();
     void mnuFileExit_Click();
@@ -148,6 +152,8 @@ private:
     bool TakePicture(clsDIB& Picture);
     // frmTsPaint_GIF.cpp
     static bool ReadGIFFirstFrame(const QString& Path, clsDIB& Picture);
+    // frmTsPaint_PNG.cpp: Message gets the reader's own words when it refuses the file.
+    static bool ReadPNGFile(const QString& Path, clsDIB& Picture, QString& Message);
     void SetCaption();
     bool SaveTo(const QString& Path);
     // The message of a failed save, or the picture taken as the file it was saved to.

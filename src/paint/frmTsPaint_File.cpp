@@ -24,7 +24,7 @@ constexpr long long MaxPixels = 15000000;
 // Extensions whose readers arrive with their own codecs; until then they cannot be opened here.
 bool AwaitingOwnReader(const QString& Ext)
 {
-    static const QStringList Pending = {".ICO", ".CUR", ".TGA", ".PCX", ".PNG", ".TIF", ".TIFF"};
+    static const QStringList Pending = {".ICO", ".CUR", ".TGA", ".PCX", ".TIF", ".TIFF"};
     return Pending.contains(Ext);
 }
 
@@ -106,13 +106,19 @@ void frmTsPaint::LoadOpenFile(const QString& Path, int)
         return;
     }
     clsDIB Incoming;
+    QString ReaderMessage;
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool Read = !AwaitingOwnReader(Ext) && (Ext == ".GIF" ? ReadGIFFirstFrame(Path, Incoming)
-                                                                   : Incoming.CreateDIBFromFile(Path, false));
+    // PNG goes through the program's own reader until the picture loader takes it.
+    const bool Read = !AwaitingOwnReader(Ext) && (Ext == ".GIF"   ? ReadGIFFirstFrame(Path, Incoming)
+                                                  : Ext == ".PNG" ? ReadPNGFile(Path, Incoming, ReaderMessage)
+                                                                  : Incoming.CreateDIBFromFile(Path, false));
     QApplication::restoreOverrideCursor();
     // 4.
     if (!Read) {
-        MsgBox(QStringLiteral("Failed to retrieve incoming image"));
+        if (ReaderMessage.isEmpty())
+            MsgBox(QStringLiteral("Failed to retrieve incoming image"));
+        else
+            MsgBox(ReaderMessage, MsgBoxButtons::OK, MsgBoxIcon::Exclamation);
         return;
     }
     if (static_cast<long long>(Incoming.DIBWidth()) * Incoming.DIBHeight() > MaxPixels) {

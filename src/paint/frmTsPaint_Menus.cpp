@@ -48,10 +48,19 @@ void frmTsPaint::BuildMenus()
     // The other formats' writers arrive with their codecs.
     for (const auto& [Name, Caption] :
          {std::pair{"mnuFileSaveTGASub", "&TGA ...."}, std::pair{"mnuFileSavePCXSub", "P&CX ...."},
-          std::pair{"mnuFileSaveJPGSub", "&JPG ...."},
-          std::pair{"mnuFileSavePNGSub", "&PNG ...."}, std::pair{"mnuFileSaveTIFSub", "T&IF ...."},
+          std::pair{"mnuFileSaveJPGSub", "&JPG ...."}, std::pair{"mnuFileSaveTIFSub", "T&IF ...."},
           std::pair{"mnuFileSaveICOSub", "&ICO ...."}, std::pair{"mnuFileSaveCURSub", "C&UR ...."}})
         AddAction(SaveAs, Name, tr(Caption))->setEnabled(false);
+    // PNG, in its place after JPG: three kinds of file.
+    QMenu* Png = new QMenu(tr("&PNG ...."), SaveAs);
+    Png->setObjectName(QStringLiteral("mnuFileSavePNGSub"));
+    SaveAs->insertMenu(findChild<QAction*>(QStringLiteral("mnuFileSaveTIFSub"), Qt::FindDirectChildrenOnly), Png);
+    const char* const PngEntries[][2] = {{"mnuFileSavePNG24", "Save As 24-Bit PNG"},
+                                         {"mnuFileSavePNGOptimized", "Save As Optimized PNG"},
+                                         {"mnuFileSavePNG8", "Save As Paletted 8-Bit PNG"}};
+    for (int I = 0; I < 3; ++I)
+        connect(AddAction(Png, PngEntries[I][0], tr(PngEntries[I][1])), &QAction::triggered, this,
+                [this, I] { mnuFileSavePNGSub_Click(I); });
     mnuFile->addSeparator();
     connect(AddAction(mnuFile, "mnuFilePrint", tr("&Print ...."), QKeySequence::Print), &QAction::triggered, this, [] {
         if (QWidget* Print = basTsMainPro::CreateForm(QStringLiteral("frmTsPrint")))
