@@ -11,6 +11,12 @@ declare -A seeds=(
   [fuzz_ini]="fuzz/seeds/ini"
   [fuzz_metafile]="$testdata/wmf-emf"
   [fuzz_gif]="$testdata/gif-testsuite $testdata/gif-peterdn $testdata/gif-giflib $testdata/gif-extra"
+  [fuzz_tga]="$testdata/tga"
+  [fuzz_pcx]="$testdata/pcx"
+  [fuzz_ico]="$testdata/ico-cur"
+  [fuzz_pe]="$testdata/pe-icl"
+  [fuzz_icon_status]="$testdata/ico-cur $testdata/pe-icl/icl $testdata/pe-icl/ne"
+  [fuzz_ani]="$testdata/ani"
   [fuzz_png]="$testdata/pngsuite/png $testdata/png-extra/gdk-pixbuf $testdata/png-extra/gfxprim $testdata/png-extra/image-png $testdata/png-extra/libspng $testdata/png-extra/pillow"
 )
 status=0

@@ -17,6 +17,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth x11-apps x11-utils
   libgif-dev libpng-dev libspng-dev libdeflate-dev libjpeg62-turbo-dev
+  libmagick++-6.q16-dev
   pngcheck icoutils imagemagick libimage-exiftool-perl
 )
 

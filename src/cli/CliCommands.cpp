@@ -269,7 +269,7 @@ bool Load(const QString& FileName, clsDIB& Dib, QTextStream& Err)
         Fail(Err, MsgFileNotFound);
         return false;
     }
-    if (!Dib.CreateDIBFromFile(FileName, false)) {
+    if (!LoadOwnFormat(FileName, Dib) && !Dib.CreateDIBFromFile(FileName, false)) {
         Fail(Err, MsgLoadFailed);
         return false;
     }
@@ -295,6 +295,19 @@ QString UsageText()
         "  png tags FILE              one line a chunk of a PNG: type/length/stored CRC in hexadecimal\n"
         "  png decode FILE OUT.bmp    a PNG as a BMP: 32-bit with alpha when the picture has alpha,\n"
         "                             24-bit otherwise\n"
+        "  convert IN OUT.tga         load a picture and write it as an uncompressed 24-bit TGA\n"
+        "  convert IN OUT.pcx         load a picture and write it as a 24-bit PCX\n"
+        "    --compress               run-length encoded\n"
+        "  convert IN OUT.ico|.cur    load a picture and write it as an icon or a cursor\n"
+        "    --size N                 icon side: 12, 16, 24, 32 (default), 48 or 64; a cursor is 32\n"
+        "    --transparent RRGGBB     pixels of this colour become transparent\n"
+        "    --hotspot X,Y            a cursor's hotspot, each from 0 to 31 (default 0,0)\n"
+        "  ico info FILE              the icon editor's status of an icon or cursor, then a line an image\n"
+        "  ico extract FILE DIR       each image as a 32-bit BMP with alpha: DIR/001.bmp, ...\n"
+        "    --ico                    each image as a single-image icon instead\n"
+        "  ani info FILE              frames, jiffies, sequence and hotspot of an animated cursor\n"
+        "  ani extract FILE DIR       each frame at 32 x 32 as a 32-bit BMP with alpha\n"
+        "  pe icons FILE DIR          every icon group of a DLL or EXE as an icon file: DIR/001.ico, ...\n"
         "  rotate MODE IN OUT.bmp     0 mirror left to right, 1 top to bottom, 2 quarter turn\n"
         "                             counter-clockwise, 3 quarter turn clockwise\n"
         "  resize W H IN OUT.bmp      bilinear resampling to W x H pixels\n"
@@ -316,7 +329,9 @@ int Run(const QStringList& Arguments, QTextStream& Out, QTextStream& Err)
     if (Command == "info")
         return Info(Arguments, Out, Err);
     if (Command == "convert")
-        return IsPngConvert(Arguments) ? ConvertPng(Arguments, Err) : Convert(Arguments, Err);
+        return IsPngConvert(Arguments)    ? ConvertPng(Arguments, Err)
+               : IsIconConvert(Arguments) ? ConvertIcon(Arguments, Err)
+                                          : Convert(Arguments, Err);
     if (Command == "rotate")
         return Rotate(Arguments, Err);
     if (Command == "resize")
@@ -325,6 +340,12 @@ int Run(const QStringList& Arguments, QTextStream& Out, QTextStream& Err)
         return Gif(Arguments, Out, Err);
     if (Command == "png")
         return Png(Arguments, Out, Err);
+    if (Command == "ico")
+        return Ico(Arguments, Out, Err);
+    if (Command == "ani")
+        return Ani(Arguments, Out, Err);
+    if (Command == "pe")
+        return Pe(Arguments, Out, Err);
     return Usage(Err, "unknown command \"" + Command + "\"");
 }
 

@@ -2,6 +2,8 @@
 // The commands of tessavo-cli, apart from main() so that tests can run them in-process.
 #include <QStringList>
 #include <QTextStream>
+
+class clsDIB;
 #include <string>
 
 class clsDIB;
@@ -33,5 +35,15 @@ int Png(const QStringList& Arguments, QTextStream& Out, QTextStream& Err);
 // True when a convert command line names a .png output; ConvertPng then runs it.
 bool IsPngConvert(const QStringList& Arguments);
 int ConvertPng(const QStringList& Arguments, QTextStream& Err);
+
+// CliIcons.cpp: ico info|extract, ani info|extract, pe icons, and convert to .tga, .pcx, .ico,
+// .cur.
+int Ico(const QStringList& Arguments, QTextStream& Out, QTextStream& Err);
+int Ani(const QStringList& Arguments, QTextStream& Out, QTextStream& Err);
+int Pe(const QStringList& Arguments, QTextStream& Out, QTextStream& Err);
+bool IsIconConvert(const QStringList& Arguments);
+int ConvertIcon(const QStringList& Arguments, QTextStream& Err);
+// TGA, PCX, icons and cursors through the program's own readers; false for other names.
+bool LoadOwnFormat(const QString& FileName, clsDIB& Dib);
 
 } // namespace CliCommands

@@ -127,6 +127,9 @@ public:
     enum PNGKind { PNG24Bit = 0, PNGOptimized = 1, PNG8Bit = 2 };
     void mnuFileSavePNGSub_Click(int Index);
     bool SaveAsPNG(const QString& Path, int Index);
+    void mnuFileSaveTGAorPCX_Click(bool Pcx);
+    bool SaveAsTGAOrPCX(const QString& Path, bool Pcx);
+    void mnuFileSaveICOorCUR_Click(bool Cursor);
     void mnuFileClose_Click();
     void mnuFileCloseAll_Click();
     void mnuFileExit_Click();
@@ -154,6 +157,9 @@ private:
     static bool ReadGIFFirstFrame(const QString& Path, clsDIB& Picture);
     // frmTsPaint_PNG.cpp: Message gets the reader's own words when it refuses the file.
     static bool ReadPNGFile(const QString& Path, clsDIB& Picture, QString& Message);
+    // frmTsPaint_Icons.cpp: the chosen image of an icon, or a cursor's, drawn on white.
+    static bool ReadIconOrCursor(const QString& Path, bool Cursor, clsDIB& Picture, QString& Message);
+    static bool ReadTGAOrPCX(const QString& Path, bool Pcx, clsDIB& Picture);
     void SetCaption();
     bool SaveTo(const QString& Path);
     // The message of a failed save, or the picture taken as the file it was saved to.

@@ -24,7 +24,7 @@ constexpr long long MaxPixels = 15000000;
 // Extensions whose readers arrive with their own codecs; until then they cannot be opened here.
 bool AwaitingOwnReader(const QString& Ext)
 {
-    static const QStringList Pending = {".ICO", ".CUR", ".TGA", ".PCX", ".TIF", ".TIFF"};
+    static const QStringList Pending = {".TIF", ".TIFF"};
     return Pending.contains(Ext);
 }
 
@@ -109,9 +109,13 @@ void frmTsPaint::LoadOpenFile(const QString& Path, int)
     QString ReaderMessage;
     QApplication::setOverrideCursor(Qt::WaitCursor);
     // PNG goes through the program's own reader until the picture loader takes it.
-    const bool Read = !AwaitingOwnReader(Ext) && (Ext == ".GIF"   ? ReadGIFFirstFrame(Path, Incoming)
-                                                  : Ext == ".PNG" ? ReadPNGFile(Path, Incoming, ReaderMessage)
-                                                                  : Incoming.CreateDIBFromFile(Path, false));
+    const bool Read =
+        !AwaitingOwnReader(Ext) &&
+        (Ext == ".ICO" || Ext == ".CUR" ? ReadIconOrCursor(Path, Ext == ".CUR", Incoming, ReaderMessage)
+         : Ext == ".TGA" || Ext == ".PCX" ? ReadTGAOrPCX(Path, Ext == ".PCX", Incoming)
+         : Ext == ".GIF"                  ? ReadGIFFirstFrame(Path, Incoming)
+         : Ext == ".PNG"                  ? ReadPNGFile(Path, Incoming, ReaderMessage)
+                                          : Incoming.CreateDIBFromFile(Path, false));
     QApplication::restoreOverrideCursor();
     // 4.
     if (!Read) {
@@ -197,6 +201,10 @@ void frmTsPaint::mnuFileSave_Click()
     const QString Ext = basTsMainPro::ParseFileSpec(FilePath, 6).toUpper();
     if (Ext == ".BMP") {
         SaveTo(FilePath);
+        return;
+    }
+    if (Ext == ".TGA" || Ext == ".PCX") {
+        SaveAsTGAOrPCX(FilePath, Ext == ".PCX");
         return;
     }
     if (Ext == ".GIF") {

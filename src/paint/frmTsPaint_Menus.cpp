@@ -45,12 +45,18 @@ void frmTsPaint::BuildMenus()
             [this] { SaveAsBMP(); });
     connect(AddAction(SaveAs, "mnuFileSaveGIFSub", tr("&GIF ....")), &QAction::triggered, this,
             &frmTsPaint::mnuFileSaveGIFSub_Click);
-    // The other formats' writers arrive with their codecs.
+    connect(AddAction(SaveAs, "mnuFileSaveTGASub", tr("&TGA ....")), &QAction::triggered, this,
+            [this] { mnuFileSaveTGAorPCX_Click(false); });
+    connect(AddAction(SaveAs, "mnuFileSavePCXSub", tr("P&CX ....")), &QAction::triggered, this,
+            [this] { mnuFileSaveTGAorPCX_Click(true); });
+    // JPG and TIF arrive with their writers.
     for (const auto& [Name, Caption] :
-         {std::pair{"mnuFileSaveTGASub", "&TGA ...."}, std::pair{"mnuFileSavePCXSub", "P&CX ...."},
-          std::pair{"mnuFileSaveJPGSub", "&JPG ...."}, std::pair{"mnuFileSaveTIFSub", "T&IF ...."},
-          std::pair{"mnuFileSaveICOSub", "&ICO ...."}, std::pair{"mnuFileSaveCURSub", "C&UR ...."}})
+         {std::pair{"mnuFileSaveJPGSub", "&JPG ...."}, std::pair{"mnuFileSaveTIFSub", "T&IF ...."}})
         AddAction(SaveAs, Name, tr(Caption))->setEnabled(false);
+    connect(AddAction(SaveAs, "mnuFileSaveICOSub", tr("&ICO ....")), &QAction::triggered, this,
+            [this] { mnuFileSaveICOorCUR_Click(false); });
+    connect(AddAction(SaveAs, "mnuFileSaveCURSub", tr("C&UR ....")), &QAction::triggered, this,
+            [this] { mnuFileSaveICOorCUR_Click(true); });
     // PNG, in its place after JPG: three kinds of file.
     QMenu* Png = new QMenu(tr("&PNG ...."), SaveAs);
     Png->setObjectName(QStringLiteral("mnuFileSavePNGSub"));

@@ -128,7 +128,7 @@ TEST(CliErrors, SayTheProgramsMessageAndExitWithTheRightCode)
         {{}, 2, "tessavo-cli: no command given"},
         {{"frobnicate"}, 2, "tessavo-cli: unknown command"},
         {{"info"}, 2, "tessavo-cli: info takes one file"},
-        {{"convert", Suite + "g/pal8.bmp", Dir.filePath("out.tga")}, 2, "tessavo-cli: convert takes"},
+        {{"convert", Suite + "g/pal8.bmp", Dir.filePath("out.xyz")}, 2, "tessavo-cli: convert takes"},
         {{"rotate", "4", Suite + "g/pal8.bmp", Dir.filePath("o.bmp")}, 2, "tessavo-cli: rotate takes"},
         {{"resize", "0", "10", Suite + "g/pal8.bmp", Dir.filePath("o.bmp")}, 2, "tessavo-cli: resize takes"},
     };
