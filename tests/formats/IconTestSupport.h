@@ -63,7 +63,8 @@ inline std::vector<uint8_t> FileBytes(const std::string& FileName)
 inline void WriteBytes(const std::string& FileName, const std::vector<uint8_t>& Bytes)
 {
     if (FILE* Out = std::fopen(FileName.c_str(), "wb")) {
-        std::fwrite(Bytes.data(), 1, Bytes.size(), Out);
+        if (!Bytes.empty())
+            std::fwrite(Bytes.data(), 1, Bytes.size(), Out);
         std::fclose(Out);
     }
 }
