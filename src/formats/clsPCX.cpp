@@ -100,7 +100,15 @@ uint8_t* Encode(const uint8_t* In, size_t Count, uint8_t* Out)
     while (I < Count) {
         const uint8_t B = In[I];
         size_t Run = 1;
-        while (Run < LongestRun && I + Run < Count && In[I + Run] == B)
+        // Eight bytes a step while they all repeat, then byte by byte.
+        const size_t Limit = std::min(LongestRun, Count - I);
+        const uint64_t Repeated = B * 0x0101010101010101ull;
+        for (uint64_t Word; Run + 8 <= Limit; Run += 8) {
+            std::memcpy(&Word, In + I + Run, 8);
+            if (Word != Repeated)
+                break;
+        }
+        while (Run < Limit && In[I + Run] == B)
             ++Run;
         if (Run >= 2 || B >= 192)
             *Out++ = static_cast<uint8_t>(192 + Run);
@@ -279,15 +287,25 @@ bool clsPCX::PCXFileBytes(DeviceContext* Source, int32_t Width, int32_t Height, 
     File.clear();
     if (!Source || Width < 1 || Height < 1 || Width > MaxSide || Height > MaxSide)
         return false;
+    // A 24- or 32-bit source that covers the picture is read in place; any other goes through a
+    // 24-bit copy.
+    const bool Direct = (Source->Bpp() == 24 || Source->Bpp() == 32) && Source->Width() >= Width &&
+                        Source->Height() >= Height;
     clsDIB Work;
-    if (!Work.CreateBlankDIB(Width, Height, 24, 0, true))
-        return false;
-    BitBlt(Work.DIBhDC(), 0, 0, Width, Height, Source, 0, 0, SRCCOPY);
+    if (!Direct) {
+        if (!Work.CreateBlankDIB(Width, Height, 24, 0, true))
+            return false;
+        BitBlt(Work.DIBhDC(), 0, 0, Width, Height, Source, 0, 0, SRCCOPY);
+    }
+    DeviceContext* Rows = Direct ? Source : Work.DIBhDC();
+    const int Step = Rows->Bpp() / 8;
 
     const size_t PlaneLine = static_cast<size_t>(Width) + (Width & 1);
     const size_t LineBytes = PlaneLine * 3;
-    // Room for the worst case: twice the lines, plus a line.
-    File.assign(HeaderSize + LineBytes * static_cast<size_t>(Height) * (Compress ? 2 : 1) + LineBytes, 0);
+    // Room for the worst case of a line (every byte escaped); the file grows line by line.
+    File.assign(HeaderSize, 0);
+    File.reserve(HeaderSize + LineBytes * static_cast<size_t>(Height) + LineBytes * 2);
+    std::vector<uint8_t> Packed(LineBytes * 2);
     uint8_t* H = File.data();
     H[0] = 10;
     H[1] = 5;
@@ -306,27 +324,29 @@ bool clsPCX::PCXFileBytes(DeviceContext* Source, int32_t Width, int32_t Height, 
     // A line is the red plane, the green plane and the blue plane, each padded with a 0 to an
     // even length. Runs stay inside a plane when there is such a pad byte.
     std::vector<uint8_t> Line(LineBytes, 0);
-    uint8_t* Out = File.data() + HeaderSize;
     for (int32_t Y = 0; Y < Height; ++Y) {
-        const uint8_t* Pixel = Work.DIBhDC()->Row(Y);
+        const uint8_t* Pixel = Rows->Row(Y);
         uint8_t* R = Line.data();
         uint8_t* G = R + PlaneLine;
         uint8_t* B = G + PlaneLine;
-        for (int32_t X = 0; X < Width; ++X, Pixel += 3) {
+        for (int32_t X = 0; X < Width; ++X, Pixel += Step) {
             R[X] = Pixel[2];
             G[X] = Pixel[1];
             B[X] = Pixel[0];
         }
         if (!Compress) {
-            Out = std::copy(Line.begin(), Line.end(), Out);
-        } else if (Width & 1) {
+            File.insert(File.end(), Line.begin(), Line.end());
+            continue;
+        }
+        uint8_t* Out = Packed.data();
+        if (Width & 1) {
             for (size_t P = 0; P < 3; ++P)
                 Out = Encode(Line.data() + P * PlaneLine, PlaneLine, Out);
         } else {
             Out = Encode(Line.data(), LineBytes, Out);
         }
+        File.insert(File.end(), Packed.data(), Out);
     }
-    File.resize(static_cast<size_t>(Out - File.data()));
     return true;
 }
 
