@@ -1,6 +1,7 @@
 // Reading for the icon editor: the status texts of icon and cursor files and the decoding of one
 // image record into the editor's image and mask pictures.
 #include "basIconCursor.h"
+#include "FileBytes.h"
 
 #include <cstring>
 #include <fstream>
@@ -96,16 +97,7 @@ std::string ErrorText(int16_t Code)
 
 bool ReadFileBytes(const std::string& FileName, std::vector<uint8_t>& Bytes, int64_t Limit)
 {
-    Bytes.clear();
-    std::ifstream In(FileName, std::ios::binary | std::ios::ate);
-    if (!In)
-        return false;
-    const std::streamoff Size = In.tellg();
-    if (Size < 0 || Size > Limit)
-        return false;
-    Bytes.resize(static_cast<size_t>(Size));
-    In.seekg(0);
-    return Bytes.empty() || static_cast<bool>(In.read(reinterpret_cast<char*>(Bytes.data()), std::streamsize(Size)));
+    return FileBytes::Read(FileName, Bytes, Limit);
 }
 
 std::string ReadIconFileStatus(const std::string& FileName, IconRecord& Destination, bool StrictSize,

@@ -1,6 +1,7 @@
 // The resource tables of PE and NE files, as far as icons need them, and the icon files built
 // from what they hold.
 #include "basPEResource.h"
+#include "FileBytes.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -314,17 +315,8 @@ bool ReadIconResourcesBytes(std::vector<uint8_t> File, IconResources& Out)
 bool ReadIconResources(const std::string& FileName, IconResources& Out)
 {
     Out = IconResources();
-    std::ifstream In(FileName, std::ios::binary | std::ios::ate);
-    if (!In)
-        return false;
-    const std::streamoff Size = In.tellg();
-    if (Size < 0 || Size > MaxFileBytes)
-        return false;
-    std::vector<uint8_t> File(static_cast<size_t>(Size));
-    In.seekg(0);
-    if (Size > 0 && !In.read(reinterpret_cast<char*>(File.data()), Size))
-        return false;
-    return ReadIconResourcesBytes(std::move(File), Out);
+    std::vector<uint8_t> File;
+    return FileBytes::Read(FileName, File, MaxFileBytes) && ReadIconResourcesBytes(std::move(File), Out);
 }
 
 int32_t IconGroupCount(const IconResources& Res)

@@ -1,6 +1,7 @@
 // The icon reader: header, directory, and each image's colour, mask and alpha; the queries
 // and the drawing of an image.
 #include "clsICO.h"
+#include "FileBytes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -40,24 +41,11 @@ bool EntryPasses(const clsICO::IconDirEntry& Entry)
     return Entry.Width != 0 && Entry.Height != 0 && Entry.BytesInRes > 0 && Entry.ImageOffset > 0;
 }
 
-// The whole file, or with Head only its first Limit bytes; a longer file is refused otherwise.
-bool ReadFile(const std::string& FileName, std::vector<uint8_t>& Bytes, int64_t Limit, bool Head)
-{
-    std::ifstream In(FileName, std::ios::binary | std::ios::ate);
-    if (!In)
-        return false;
-    const std::streamoff Size = In.tellg();
-    if (Size < 0 || (Size > Limit && !Head))
-        return false;
-    Bytes.resize(static_cast<size_t>(std::min<int64_t>(Size, Limit)));
-    In.seekg(0);
-    return Bytes.empty() || static_cast<bool>(In.read(reinterpret_cast<char*>(Bytes.data()), std::streamsize(Bytes.size())));
-}
 
 int16_t ValidCount(const std::string& FileName, int16_t Type)
 {
     std::vector<uint8_t> Head;
-    if (!ReadFile(FileName, Head, clsICO::HeaderBytes + clsICO::EntryBytes, true) ||
+    if (!FileBytes::Read(FileName, Head, clsICO::HeaderBytes + clsICO::EntryBytes, true) ||
         Head.size() < clsICO::HeaderBytes + clsICO::EntryBytes)
         return 0;
     const auto FileType = static_cast<int16_t>(LE16(&Head[2]));
@@ -76,7 +64,7 @@ bool clsICO::OpenICO(const std::string& FileName)
 {
     ClearUp();
     std::vector<uint8_t> File;
-    if (!ReadFile(FileName, File, MaxFileBytes, false))
+    if (!FileBytes::Read(FileName, File, MaxFileBytes, false))
         return false;
     return OpenICOBytes(File.data(), File.size());
 }

@@ -3,19 +3,11 @@
 #include <fstream>
 
 #include "BmpFileHeader.h"
+#include "FileBytes.h"
 #include "clsICO.h"
 
 namespace {
 
-bool WriteFile(const std::string& FileName, const std::vector<uint8_t>& Bytes)
-{
-    std::ofstream Out(FileName, std::ios::binary | std::ios::trunc);
-    if (!Out)
-        return false;
-    Out.write(reinterpret_cast<const char*>(Bytes.data()), static_cast<std::streamsize>(Bytes.size()));
-    Out.close();
-    return static_cast<bool>(Out);
-}
 
 } // namespace
 
@@ -95,7 +87,7 @@ bool clsICO::BuildICO(const std::vector<int16_t>& Indexes, std::vector<uint8_t>&
 bool clsICO::SaveICO_Single(int16_t Index, const std::string& FileName)
 {
     std::vector<uint8_t> File;
-    return BuildICO({Index}, File) && WriteFile(FileName, File);
+    return BuildICO({Index}, File) && FileBytes::Write(FileName, File);
 }
 
 bool clsICO::SaveICO_All(const std::string& FileName)
@@ -104,5 +96,5 @@ bool clsICO::SaveICO_All(const std::string& FileName)
     for (int16_t I = 0; I < IconCount(); ++I)
         Indexes.push_back(I);
     std::vector<uint8_t> File;
-    return BuildICO(Indexes, File) && WriteFile(FileName, File);
+    return BuildICO(Indexes, File) && FileBytes::Write(FileName, File);
 }

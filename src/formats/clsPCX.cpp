@@ -18,6 +18,7 @@
 #include <fstream>
 
 #include "DeviceContext.h"
+#include "FileBytes.h"
 #include "basBitMap.h"
 
 namespace {
@@ -118,30 +119,7 @@ uint8_t* Encode(const uint8_t* In, size_t Count, uint8_t* Out)
     return Out;
 }
 
-bool ReadWholeFile(const std::string& FileName, std::vector<uint8_t>& Bytes)
-{
-    std::ifstream In(FileName, std::ios::binary | std::ios::ate);
-    if (!In)
-        return false;
-    const std::streamoff Size = In.tellg();
-    if (Size < 0 || Size > clsPCX::MaxFileBytes)
-        return false;
-    Bytes.resize(static_cast<size_t>(Size));
-    In.seekg(0);
-    return Size == 0 || static_cast<bool>(In.read(reinterpret_cast<char*>(Bytes.data()), Size));
-}
 
-bool WriteFresh(const std::string& FileName, const std::vector<uint8_t>& File)
-{
-    std::error_code Ec;
-    std::filesystem::remove(FileName, Ec);
-    std::ofstream Out(FileName, std::ios::binary | std::ios::trunc);
-    if (!Out)
-        return false;
-    Out.write(reinterpret_cast<const char*>(File.data()), static_cast<std::streamsize>(File.size()));
-    Out.close();
-    return static_cast<bool>(Out);
-}
 
 } // namespace
 
@@ -161,7 +139,7 @@ void clsPCX::ClearUp()
 bool clsPCX::LoadPCX(const std::string& FileName)
 {
     std::vector<uint8_t> File;
-    if (!ReadWholeFile(FileName, File)) {
+    if (!FileBytes::Read(FileName, File, clsPCX::MaxFileBytes)) {
         ClearUp();
         return false;
     }
@@ -354,13 +332,13 @@ bool clsPCX::SavePCXinFile(const std::string& FileName, DeviceContext* Source, i
                            int16_t Compress)
 {
     std::vector<uint8_t> File;
-    return PCXFileBytes(Source, Width, Height, Compress, File) && WriteFresh(FileName, File);
+    return PCXFileBytes(Source, Width, Height, Compress, File) && FileBytes::Write(FileName, File);
 }
 
 bool clsPCX::LoadPCXToDIB(const std::string& FileName, clsDIB& Target)
 {
     std::vector<uint8_t> File;
-    if (!ReadWholeFile(FileName, File) || File.size() < HeaderSize)
+    if (!FileBytes::Read(FileName, File, clsPCX::MaxFileBytes) || File.size() < HeaderSize)
         return false;
     clsPCX Reader;
     Reader.Head = ParseHeader(File.data());

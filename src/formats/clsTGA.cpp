@@ -23,6 +23,7 @@
 #include <fstream>
 
 #include "DeviceContext.h"
+#include "FileBytes.h"
 #include "basBitMap.h"
 
 namespace {
@@ -119,30 +120,7 @@ bool Unpack(const uint8_t* In, size_t InCount, size_t PixelBytes, size_t Expecte
     return true;
 }
 
-bool ReadWholeFile(const std::string& FileName, std::vector<uint8_t>& Bytes)
-{
-    std::ifstream In(FileName, std::ios::binary | std::ios::ate);
-    if (!In)
-        return false;
-    const std::streamoff Size = In.tellg();
-    if (Size < 0 || Size > clsTGA::MaxFileBytes)
-        return false;
-    Bytes.resize(static_cast<size_t>(Size));
-    In.seekg(0);
-    return Size == 0 || static_cast<bool>(In.read(reinterpret_cast<char*>(Bytes.data()), Size));
-}
 
-bool WriteFresh(const std::string& FileName, const std::vector<uint8_t>& File)
-{
-    std::error_code Ec;
-    std::filesystem::remove(FileName, Ec);
-    std::ofstream Out(FileName, std::ios::binary | std::ios::trunc);
-    if (!Out)
-        return false;
-    Out.write(reinterpret_cast<const char*>(File.data()), static_cast<std::streamsize>(File.size()));
-    Out.close();
-    return static_cast<bool>(Out);
-}
 
 } // namespace
 
@@ -164,7 +142,7 @@ void clsTGA::ClearUp()
 bool clsTGA::LoadTGA(const std::string& FileName)
 {
     std::vector<uint8_t> File;
-    if (!ReadWholeFile(FileName, File)) {
+    if (!FileBytes::Read(FileName, File, clsTGA::MaxFileBytes)) {
         ClearUp();
         return false;
     }
@@ -308,13 +286,13 @@ bool clsTGA::TGAFileBytes(DeviceContext* Source, int32_t Width, int32_t Height, 
 bool clsTGA::SaveTGAinFile(const std::string& FileName, DeviceContext* Source, int32_t Width, int32_t Height)
 {
     std::vector<uint8_t> File;
-    return TGAFileBytes(Source, Width, Height, File) && WriteFresh(FileName, File);
+    return TGAFileBytes(Source, Width, Height, File) && FileBytes::Write(FileName, File);
 }
 
 bool clsTGA::LoadTGAToDIB(const std::string& FileName, clsDIB& Target)
 {
     std::vector<uint8_t> File;
-    if (!ReadWholeFile(FileName, File) || File.size() < HeaderSize)
+    if (!FileBytes::Read(FileName, File, clsTGA::MaxFileBytes) || File.size() < HeaderSize)
         return false;
     clsTGA Reader;
     Reader.Head = ParseHeader(File.data());

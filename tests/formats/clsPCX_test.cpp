@@ -5,6 +5,7 @@
 // black: CGA_BW, pil184, test-bpp1 and ver3_0_palette_1bpp_10x10_white are compared with its
 // negative.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -156,7 +157,7 @@ TEST(clsPCX, WritesTheHeaderAndEncodesLines)
 
 TEST(clsPCX, ImageMagickAndOurReaderReadWhatWeWrite)
 {
-    const std::string Path = testing::TempDir() + "pcx_written.pcx";
+    const std::string Path = testing::TempDir() + "pcx_written_" + std::to_string(getpid()) + ".pcx";
     std::ofstream(Path) << std::string(5000, 'x');
     for (const auto& [W, H] : {std::pair{1, 1}, {5, 3}, {64, 7}, {33, 40}, {200, 3}})
         for (const int16_t Compress : {int16_t(0), int16_t(-1)}) {

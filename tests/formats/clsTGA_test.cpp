@@ -14,6 +14,7 @@
 //   which ImageMagick takes for colour (gtk-logo-gray-16bpp-*, 200x32_la_bl_raw); colormap-too-small,
 //   which it refuses and where indexes past the map are black.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -131,7 +132,7 @@ TEST(clsTGA, WritesUncompressed24BitRowsBottomUp)
         Source.DIBhDC()->SetPixelV(I % 3, I / 3, 0x010203u * (I + 1));
     const Bytes Expected = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0, 2, 0, 24, 0,
                             4, 8, 12, 5, 10, 15, 6, 12, 18, 1, 2, 3, 2, 4, 6, 3, 6, 9};
-    const std::string Path = testing::TempDir() + "tga_replaced.tga";
+    const std::string Path = testing::TempDir() + "tga_replaced_" + std::to_string(getpid()) + ".tga";
     std::ofstream(Path) << std::string(500, 'x');
     ASSERT_TRUE(clsTGA().SaveTGAinFile(Path, Source.DIBhDC(), 3, 2));
     EXPECT_EQ(ReadAll(Path), Expected);
@@ -146,7 +147,7 @@ TEST(clsTGA, ImageMagickAndOurReaderReadWhatWeWrite)
         ASSERT_TRUE(Source.CreateBlankDIB(W, H, 32, 0, true));
         for (int I = 0; I < W * H; ++I)
             Source.DIBhDC()->SetPixelV(I % W, I / W, I * 2654435761u & 0xFFFFFF);
-        const std::string Path = testing::TempDir() + "tga_written.tga";
+        const std::string Path = testing::TempDir() + "tga_written_" + std::to_string(getpid()) + ".tga";
         ASSERT_TRUE(clsTGA::SaveDIBAsTGA(Path, Source));
         EXPECT_EQ(ImageMagick(Path), Ours(Source));
         ASSERT_TRUE(clsTGA::LoadTGAToDIB(Path, Back));
