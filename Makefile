@@ -35,7 +35,7 @@ run: build
 
 bench: deps
 	cmake -S . -B build-release -G Ninja -DCMAKE_BUILD_TYPE=Release -DTESSAVO_TESTS=OFF -DTESSAVO_CORE_ONLY=OFF
-	cmake --build build-release --target bench_raster bench_palette bench_gif bench_drawing bench_canvas bench_paint bench_png bench_tga_pcx -j $(JOBS)
+	cmake --build build-release --target bench_raster bench_palette bench_gif bench_drawing bench_canvas bench_paint bench_png bench_tga_pcx bench_icons -j $(JOBS)
 	build-release/bench/bench_raster
 	build-release/bench/bench_palette
 	build-release/bench/bench_gif
@@ -43,6 +43,7 @@ bench: deps
 	build-release/bench/bench_paint
 	build-release/bench/bench_png
 	build-release/bench/bench_tga_pcx
+	build-release/bench/bench_icons
 	QT_QPA_PLATFORM=offscreen build-release/bench/bench_canvas
 
 # libFuzzer targets, built with clang and the sanitizers in build-fuzz.
