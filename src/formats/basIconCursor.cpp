@@ -100,18 +100,29 @@ bool ReadFileBytes(const std::string& FileName, std::vector<uint8_t>& Bytes, int
     return FileBytes::Read(FileName, Bytes, Limit);
 }
 
+namespace {
+
+// The file's bytes and its directory, of Type (1 icon, 2 cursor), with at least one image and a
+// first entry that passes the entry test; Error says why not.
+bool ReadTypedFile(const std::string& FileName, int16_t Type, std::vector<uint8_t>& Bytes, IconRecord& Record)
+{
+    Error = ErrInvalid;
+    if (!ReadFileBytes(FileName, Bytes, MaxFileBytes)) {
+        Error = ErrFile;
+        return false;
+    }
+    return ReadDirectory(Bytes, Record) && Record.Header.Type == Type && Record.Header.Count >= 1 &&
+           EntryPasses(Record.Entries[0]);
+}
+
+} // namespace
+
 std::string ReadIconFileStatus(const std::string& FileName, IconRecord& Destination, bool StrictSize,
                                bool Prefer8Bit)
 {
     Destination = IconRecord();
-    Error = ErrInvalid;
     std::vector<uint8_t> Bytes;
-    if (!ReadFileBytes(FileName, Bytes, MaxFileBytes)) {
-        Error = ErrFile;
-        return NoIcon;
-    }
-    if (!ReadDirectory(Bytes, Destination) || Destination.Header.Type != 1 || Destination.Header.Count < 1 ||
-        !EntryPasses(Destination.Entries[0]))
+    if (!ReadTypedFile(FileName, 1, Bytes, Destination))
         return NoIcon;
     const std::vector<IconDirEntry>& Entries = Destination.Entries;
 
@@ -183,16 +194,11 @@ std::string ReadCursorFileStatus(const std::string& FileName)
 {
     IconRecord& Record = Shared;
     Record = IconRecord();
-    Error = ErrInvalid;
     std::vector<uint8_t> Bytes;
-    if (!ReadFileBytes(FileName, Bytes, MaxFileBytes)) {
-        Error = ErrFile;
-        return "0/0/0";
-    }
-    if (!ReadDirectory(Bytes, Record) || Record.Header.Type != 2 || Record.Header.Count < 1)
+    if (!ReadTypedFile(FileName, 2, Bytes, Record))
         return "0/0/0";
     const IconDirEntry& Entry = Record.Entries[0];
-    if (!EntryPasses(Entry) || Entry.Width != 32 || Entry.Height != 32 || Entry.ImageOffset != 22 ||
+    if (Entry.Width != 32 || Entry.Height != 32 || Entry.ImageOffset != 22 ||
         Entry.Planes < 0 || Entry.Planes > 31 || Entry.BitCount < 0 || Entry.BitCount > 31 ||
         !HeaderOf(Bytes, Entry, Record.Bitmap))
         return "0/0/0";
@@ -275,14 +281,8 @@ bool LoadIconFileToPictures(const std::string& FileName, int16_t Index, clsDIB& 
                             Array2D<uint8_t>& Alpha)
 {
     Shared = IconRecord();
-    Error = ErrInvalid;
     std::vector<uint8_t> Bytes;
-    if (!ReadFileBytes(FileName, Bytes, MaxFileBytes)) {
-        Error = ErrFile;
-        return false;
-    }
-    if (!ReadDirectory(Bytes, Shared) || Shared.Header.Type != 1 || Index < 0 || Index >= Shared.Header.Count ||
-        !EntryPasses(Shared.Entries[0]))
+    if (!ReadTypedFile(FileName, 1, Bytes, Shared) || Index < 0 || Index >= Shared.Header.Count)
         return false;
     const IconDirEntry& Entry = Shared.Entries[static_cast<size_t>(Index)];
     return DecodeIconRecord(Bytes, Entry.ImageOffset, Entry.Width, Entry.Height, Image, Mask, Alpha);
@@ -292,14 +292,8 @@ bool LoadCursorFileToPictures(const std::string& FileName, clsDIB& Image, clsDIB
                               int16_t& HotspotX, int16_t& HotspotY)
 {
     Shared = IconRecord();
-    Error = ErrInvalid;
     std::vector<uint8_t> Bytes;
-    if (!ReadFileBytes(FileName, Bytes, MaxFileBytes)) {
-        Error = ErrFile;
-        return false;
-    }
-    if (!ReadDirectory(Bytes, Shared) || Shared.Header.Type != 2 || Shared.Header.Count < 1 ||
-        !EntryPasses(Shared.Entries[0]))
+    if (!ReadTypedFile(FileName, 2, Bytes, Shared))
         return false;
     const IconDirEntry& Entry = Shared.Entries[0];
     if (!DecodeIconRecord(Bytes, Entry.ImageOffset, Entry.Width, Entry.Height, Image, Mask, Alpha))

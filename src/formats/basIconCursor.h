@@ -20,28 +20,13 @@
 #include <vector>
 
 #include "Array2D.h"
+#include "IconFileLayout.h"
 #include "clsDIB.h"
 
 namespace basIconCursor {
 
-// The 6 bytes at the start of the file.
-struct IconFileHeader {
-    int16_t Reserved = 0;
-    int16_t Type = 0;  // 1 icon, 2 cursor
-    int16_t Count = 0;
-};
-
-// One 16-byte directory entry. In a cursor Planes and BitCount hold the hotspot x and y.
-struct IconDirEntry {
-    uint8_t Width = 0;
-    uint8_t Height = 0;
-    uint8_t ColorCount = 0;
-    uint8_t Reserved = 0;
-    int16_t Planes = 0;
-    int16_t BitCount = 0;
-    int32_t BytesInRes = 0;
-    int32_t ImageOffset = 0;
-};
+using IconFileHeader = IconFileLayout::FileHeader;
+using IconDirEntry = IconFileLayout::DirEntry;
 
 // Header and directory of the file last read or written, and the bitmap header of the image
 // last read or written.

@@ -49,11 +49,7 @@ inline int64_t ColorRowBytes(int64_t Width, int32_t Bits)
     return PaddedRowBytes(Width, Bits);
 }
 
-// The entry test, applied to the first entry only.
-inline bool EntryPasses(const IconDirEntry& Entry)
-{
-    return Entry.Width != 0 && Entry.Height != 0 && Entry.BytesInRes > 0 && Entry.ImageOffset > 0;
-}
+using IconFileLayout::EntryPasses;
 
 // Header and directory from the start of Bytes; false when the header or any entry it counts
 // lies beyond the end.
@@ -72,15 +68,7 @@ inline bool ReadDirectory(const std::vector<uint8_t>& Bytes, IconRecord& Record)
     Record.Entries.resize(static_cast<size_t>(Count));
     for (int64_t I = 0; I < Count; ++I) {
         const uint8_t* E = P + FileHeaderBytes + EntryBytes * I;
-        IconDirEntry& Entry = Record.Entries[static_cast<size_t>(I)];
-        Entry.Width = E[0];
-        Entry.Height = E[1];
-        Entry.ColorCount = E[2];
-        Entry.Reserved = E[3];
-        Entry.Planes = static_cast<int16_t>(LE16(E + 4));
-        Entry.BitCount = static_cast<int16_t>(LE16(E + 6));
-        Entry.BytesInRes = static_cast<int32_t>(LE32(E + 8));
-        Entry.ImageOffset = static_cast<int32_t>(LE32(E + 12));
+        Record.Entries[static_cast<size_t>(I)] = IconFileLayout::ParseEntry(E);
     }
     return true;
 }

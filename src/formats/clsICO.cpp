@@ -21,25 +21,8 @@ uint32_t LE32(const uint8_t* P)
 
 int64_t RowBytes(int64_t Width, int Bits) { return (Width * Bits + 31) / 32 * 4; }
 
-clsICO::IconDirEntry ParseEntry(const uint8_t* P)
-{
-    clsICO::IconDirEntry Entry;
-    Entry.Width = P[0];
-    Entry.Height = P[1];
-    Entry.ColorCount = P[2];
-    Entry.Reserved = P[3];
-    Entry.Planes = static_cast<int16_t>(LE16(P + 4));
-    Entry.BitCount = static_cast<int16_t>(LE16(P + 6));
-    Entry.BytesInRes = static_cast<int32_t>(LE32(P + 8));
-    Entry.ImageOffset = static_cast<int32_t>(LE32(P + 12));
-    return Entry;
-}
-
-// The entry test, applied to the first entry only.
-bool EntryPasses(const clsICO::IconDirEntry& Entry)
-{
-    return Entry.Width != 0 && Entry.Height != 0 && Entry.BytesInRes > 0 && Entry.ImageOffset > 0;
-}
+using IconFileLayout::EntryPasses;
+using IconFileLayout::ParseEntry;
 
 
 int16_t ValidCount(const std::string& FileName, int16_t Type)

@@ -12,27 +12,13 @@
 #include <vector>
 
 #include "Array2D.h"
+#include "IconFileLayout.h"
 #include "clsDIB.h"
 
 class clsICO {
 public:
-    // The 6 bytes at the start of the file.
-    struct IconHeader {
-        int16_t Reserved = 0;
-        int16_t Type = 0;  // 1 icon, 2 cursor
-        int16_t Count = 0;
-    };
-    // One 16-byte directory entry. In a cursor Planes and BitCount hold the hotspot.
-    struct IconDirEntry {
-        uint8_t Width = 0;
-        uint8_t Height = 0;
-        uint8_t ColorCount = 0;
-        uint8_t Reserved = 0;
-        int16_t Planes = 0;
-        int16_t BitCount = 0;
-        int32_t BytesInRes = 0;
-        int32_t ImageOffset = 0;
-    };
+    using IconHeader = IconFileLayout::FileHeader;
+    using IconDirEntry = IconFileLayout::DirEntry;
 
     static constexpr size_t HeaderBytes = 6;
     static constexpr size_t EntryBytes = 16;
