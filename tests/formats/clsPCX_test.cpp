@@ -13,34 +13,17 @@
 #include <iterator>
 #include <set>
 
+#include "PixelCompare.h"
 #include "clsDIB.h"
 #include "clsPCX.h"
 
 namespace {
 
+using namespace PixelCompare;
+
 using Bytes = std::vector<uint8_t>;
-using Pixels = std::vector<uint32_t>;  // 0x00BBGGRR, top row first
 
-// ImageMagick's picture as 8-bit red, green, blue samples.
-Pixels ImageMagick(const std::string& File, const std::string& Options = "")
-{
-    FILE* Pipe = popen(("convert '" + File + "' " + Options + " -depth 8 rgb:- 2>/dev/null").c_str(), "r");
-    Pixels Out;
-    for (uint8_t P[3]; Pipe && fread(P, 1, 3, Pipe) == 3;)
-        Out.push_back(P[0] | P[1] << 8 | P[2] << 16);
-    if (Pipe)
-        pclose(Pipe);
-    return Out;
-}
 
-Pixels Ours(clsDIB& Dib)
-{
-    Pixels Out;
-    for (int Y = 0; Y < Dib.DIBHeight(); ++Y)
-        for (int X = 0; X < Dib.DIBWidth(); ++X)
-            Out.push_back(Dib.DIBhDC()->GetPixel(X, Y));
-    return Out;
-}
 
 // A file with the window from 0, 0, a header palette that is not black and white, and Tail
 // after the body.

@@ -23,13 +23,15 @@
 #include <iterator>
 #include <set>
 
+#include "PixelCompare.h"
 #include "clsDIB.h"
 #include "clsTGA.h"
 
 namespace {
 
+using namespace PixelCompare;
+
 using Bytes = std::vector<uint8_t>;
-using Pixels = std::vector<uint32_t>;  // 0x00BBGGRR, top row first
 
 Bytes ReadAll(const std::string& Path)
 {
@@ -37,26 +39,7 @@ Bytes ReadAll(const std::string& Path)
     return Bytes(std::istreambuf_iterator<char>(In), std::istreambuf_iterator<char>());
 }
 
-// ImageMagick's picture, turned as the file's origin says, as 8-bit red, green, blue samples.
-Pixels ImageMagick(const std::string& File)
-{
-    FILE* Pipe = popen(("convert '" + File + "' -auto-orient -depth 8 rgb:- 2>/dev/null").c_str(), "r");
-    Pixels Out;
-    for (uint8_t P[3]; Pipe && fread(P, 1, 3, Pipe) == 3;)
-        Out.push_back(P[0] | P[1] << 8 | P[2] << 16);
-    if (Pipe)
-        pclose(Pipe);
-    return Out;
-}
 
-Pixels Ours(clsDIB& Dib)
-{
-    Pixels Out;
-    for (int Y = 0; Y < Dib.DIBHeight(); ++Y)
-        for (int X = 0; X < Dib.DIBWidth(); ++X)
-            Out.push_back(Dib.DIBhDC()->GetPixel(X, Y));
-    return Out;
-}
 
 // ImageMagick widens 5-bit values to round(v * 255 / 31); Widen repeats the top bits instead.
 uint32_t FiveBits(uint32_t C, bool Widen)
@@ -149,7 +132,7 @@ TEST(clsTGA, ImageMagickAndOurReaderReadWhatWeWrite)
             Source.DIBhDC()->SetPixelV(I % W, I / W, I * 2654435761u & 0xFFFFFF);
         const std::string Path = testing::TempDir() + "tga_written_" + std::to_string(getpid()) + ".tga";
         ASSERT_TRUE(clsTGA::SaveDIBAsTGA(Path, Source));
-        EXPECT_EQ(ImageMagick(Path), Ours(Source));
+        EXPECT_EQ(ImageMagick(Path, "-auto-orient"), Ours(Source));
         ASSERT_TRUE(clsTGA::LoadTGAToDIB(Path, Back));
         EXPECT_EQ(Ours(Back), Ours(Source));
     }
@@ -187,7 +170,7 @@ TEST(clsTGA, PublicSuiteUnderOurRules)
         const size_t MapAt = 18 + Hd.IdLength, Step = Hd.BitsPerPixel / 8;
         const size_t Start = MapAt + (Hd.ColorMapType == 1 ? Hd.MapLength * ((Hd.EntrySize + 7) / 8) : 0);
         const bool Grey = Hd.ImageType == 11 || (Hd.ImageType == 3 && Hd.BitsPerPixel == 16);
-        const Pixels Ref = Grey || Name == "colormap-too-small.tga" ? Pixels() : ImageMagick(Path);
+        const Pixels Ref = Grey || Name == "colormap-too-small.tga" ? Pixels() : ImageMagick(Path, "-auto-orient");
         const size_t RefW = Hd.Width, Rows = Hd.Height;
         ASSERT_TRUE(Ref.empty() || Ref.size() == RefW * Rows);
         // Picture pixel I is file pixel I of rows of our width, bottom row first.
